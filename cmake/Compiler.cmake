@@ -1,0 +1,28 @@
+# Warnings, sanitizers and the compiler cache: everything that holds for each of our targets.
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+  set(CMAKE_C_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
+
+# CMake's Release asks for -O3; size matters more here than its last per cent.
+set(CMAKE_C_FLAGS_RELEASE "-O2 -DNDEBUG")
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+add_compile_options(-ffunction-sections -fdata-sections)
+add_link_options(-Wl,--gc-sections)
+
+if(WEBCTRL_SANITIZE)
+  add_compile_options(-fsanitize=${WEBCTRL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${WEBCTRL_SANITIZE})
+  add_compile_definitions(WEBCTRL_SANITIZED=1)
+endif()
+
+# webctrl_warnings(TARGET): our own code only; what is compiled from a package stays silent.
+function(webctrl_warnings target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wshadow -Wformat=2 -Wundef
+    -Wcast-align -Wpointer-arith $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor -Woverloaded-virtual>)
+  if(WEBCTRL_WERROR)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+endfunction()
