@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#pragma once
+
+// A private network and file system view for tests that change the machine: namespaces(7).
+
+#include <functional>
+#include <string>
+
+// Moves the calling process, still single-threaded, into a network and a mount namespace of its
+// own:
+//   here   lo up;  eth0  = 192.168.50.2/24, broadcast 192.168.50.255
+//   peer   lo up;  peer0 = 192.168.50.1/24, the other end of that cable
+// Both ends are up and running on return. Everything vanishes with the process. An ordinary user
+// becomes root of a user namespace first. False, with the reason in *error, where the kernel or its
+// policy allows neither.
+bool EnterSandbox(std::string* error);
+
+// Runs `body` in the calling thread with the peer's network. A socket made there stays the peer's;
+// so does a command run with system(3).
+void InPeer(const std::function<void()>& body);
+
+// Runs a shell command that has to succeed; fails the current test otherwise.
+void Shell(const std::string& command);
+
+// Lays a private, writable copy with `content` over the file at `path`, which may be absent or a
+// link, dangling or not. Its folder then has to exist and may be changed freely as well.
+void ReplaceFile(const char* path, const std::string& content);
+
+// Makes the folder at `path` private: changes to the entries below it stay in the sandbox.
+void ReplaceFolder(const std::string& path);
