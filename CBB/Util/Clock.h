@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#pragma once
+
+#include <sys/time.h>
+
+#include <cstdint>
+
+// Times come from gettimeofday(2): they follow the wall clock when it is set.
+
+// Sets the process-wide clock reference to now. Any thread may call it; once at the start is meant.
+// Without it, the first ClockMs, SleepMs or SemTimedWait sets the reference itself.
+void ClockStart();
+
+// Milliseconds since the clock reference, modulo 2^32.
+uint32_t ClockMs();
+
+// (to.usec - from.usec) / 1000 + 1000 * (to.sec - from.sec), the signed division truncating towards
+// zero, modulo 2^32.
+uint32_t MsBetween(const timeval& from, const timeval& to);
+
+// Milliseconds since the epoch.
+uint64_t WallClockMs();
+
+// Sleeps ms milliseconds; after a signal it sleeps what is left.
+void SleepMs(uint32_t ms);
+
+// The present local time as ctime(3) writes it, with its newline, in ctime's static buffer.
+char* TimeText();
+
+// One stopwatch for the process, without a lock.
+struct Stopwatch {
+    timeval start;
+    timeval end;
+};
+extern Stopwatch g_stStopwatch;
+
+void StopwatchStart();
+void StopwatchStop();
+
+// Prints "DEBUG::run time duration : %ds+%dms\n" with the time from start to end, or
+// "DEBUG::time error.\n" when the end's second lies before the start's.
+void StopwatchPrint();
