@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: GPL-2.0-only
+// Turns the section elements of the recorder's replies into fields of a DeviceParaRecord.
+#pragma once
+
+#include "CBB/Config/DeviceParaRecord.h"
+
+#include <cstdint>
+
+class TiXmlElement;
+
+class CConfig_Task {
+public:
+    CConfig_Task();
+    virtual ~CConfig_Task();
+    CConfig_Task(const CConfig_Task&) = delete;
+    CConfig_Task& operator=(const CConfig_Task&) = delete;
+
+    // One importer a section. `section` is the element that carries the section, which may be null
+    // when there is none; fields whose attributes are missing keep what they hold. A null `record`
+    // stands for m_stPara. Result:
+    //    0  read
+    //   -1  no section, a table row's name without a usable index, or a device number of a length
+    //       that cannot be (printed); what was read before stays stored
+    int Import_stBaseInfo(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_stDisplay(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_stVideoMirror(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_stNetWorkMode(const TiXmlElement* section, DeviceParaRecord* record);
+    // `block` 1 and 2 pick stCMS[1] and [2], 3 and 4 stCMSExtra[0] and [1], anything else stCMS[0].
+    int Import_stCMS(const TiXmlElement* section, DeviceParaRecord* record, int block);
+    int Import_stWifiAp(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_stWifi(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_stMobileGNet(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_stGB28181(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_stVersion(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_stSystemInfo(const TiXmlElement* section, DeviceParaRecord* record);
+
+    // An IPv4 address given as "1.2.3.4" (stored in network byte order, by the rules of
+    // inet_addr(3) for its groups), or as a number, "0x..." or decimal, stored as it is. The empty
+    // text is 0. Result: 0, or -1 for any other text, which leaves *address alone.
+    static int ParseAddress(const char* text, std::uint32_t* address);
+
+    DeviceParaRecord m_stPara;
+
+private:
+    DeviceParaRecord& Target(DeviceParaRecord* record) { return record ? *record : m_stPara; }
+};

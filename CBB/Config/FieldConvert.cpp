@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/Config/FieldConvert.h"
+
+#include "CBB/Config/Config_Task.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <cstdlib>
+
+int ToInt(const char* text) {
+    return static_cast<int>(std::strtol(text, nullptr, 10));
+}
+
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
+
+int Store(const char* text, std::uint8_t* field) {
+    *field = static_cast<std::uint8_t>(ToInt(text));
+    return 0;
+}
+
+int Store(const char* text, std::uint16_t* field) {
+    *field = static_cast<std::uint16_t>(ToInt(text));
+    return 0;
+}
+
+int Store(const char* text, std::uint32_t* field) {
+    *field = static_cast<std::uint32_t>(ToInt(text));
+    return 0;
+}
+
+int Store(const char* text, float* field) {
+    const double value = std::strtod(text, nullptr);
+    *field = std::isnan(value)
+                 ? 0.0F
+                 : static_cast<float>(std::clamp(
+                       value, -static_cast<double>(FLT_MAX), static_cast<double>(FLT_MAX)));
+    return 0;
+}
+
+int StoreAddress(const char* text, std::uint32_t* field) {
+    CConfig_Task::ParseAddress(text, field);
+    return 0;
+}
