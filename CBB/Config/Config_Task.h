@@ -19,6 +19,7 @@ public:
     // when there is none; fields whose attributes are missing keep what they hold. A null `record`
     // stands for m_stPara. Result:
     //    0  read
+    //    1  G-sensor only: read, and the element asks for a recalibration ("ReCalibrate")
     //   -1  no section, a table row's name without a usable index, or a device number of a length
     //       that cannot be (printed); what was read before stays stored
     int Import_stBaseInfo(const TiXmlElement* section, DeviceParaRecord* record);
@@ -33,6 +34,34 @@ public:
     int Import_stGB28181(const TiXmlElement* section, DeviceParaRecord* record);
     int Import_stVersion(const TiXmlElement* section, DeviceParaRecord* record);
     int Import_stSystemInfo(const TiXmlElement* section, DeviceParaRecord* record);
+
+    // `block` 0 picks stVehicleInfo[0], anything else [1]. A change of the device number or of a
+    // terminal's type, ID or manufacturer clears the authentication code, also one just read.
+    int Import_VehicleInfo(const TiXmlElement* section, DeviceParaRecord* record, int block,
+                           bool skipPhone);
+    int Import_Users(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_Lan(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_GroupNo(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_VideoCrop(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_Video(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_SubStream(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_Osd(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_ChnOsd(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_Record(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_ChnRecord(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_Snapshot(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_AccessExport(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_SerialChn(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_Alarm(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_Power(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_TimingRecord(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_SpeedFatigue(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_TempAlarm(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_GSensor(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_Vda(const TiXmlElement* section, DeviceParaRecord* record);
+    int Import_ReserveData(const TiXmlElement* section, DeviceParaRecord* record);
+    // Prints "Value: %s=%s\n" for each attribute of the rows that it reads.
+    int Import_Ipc(const TiXmlElement* section, DeviceParaRecord* record);
 
     // An IPv4 address given as "1.2.3.4" (stored in network byte order, by the rules of
     // inet_addr(3) for its groups), or as a number, "0x..." or decimal, stored as it is. The empty
