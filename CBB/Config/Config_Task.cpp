@@ -2,6 +2,7 @@
 #include "CBB/Config/Config_Task.h"
 
 #include "CBB/Config/FieldConvert.h"
+#include "CBB/Util/HexText.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -30,9 +31,11 @@ bool IsDotted(const char* text) {
     return dots == 3;
 }
 
-bool IsHexadecimal(const char* text) {
-    return text[0] == '0' && (text[1] == 'x' || text[1] == 'X') && text[2] != '\0' &&
-           text[2 + std::strspn(text + 2, "0123456789abcdefABCDEF")] == '\0';
+bool ReadHexadecimal(const char* text, int* value) {
+    if (text[0] != '0' || (text[1] != 'x' && text[1] != 'X') || text[2] == '\0')
+        return false;
+    const char* digits = text + 2;
+    return HexTextToInt(digits, static_cast<int>(std::strlen(digits)), value) == 0;
 }
 
 bool IsDecimal(const char* text) {
@@ -48,17 +51,14 @@ CConfig_Task::CConfig_Task() : m_stPara() {}
 CConfig_Task::~CConfig_Task() = default;
 
 int CConfig_Task::ParseAddress(const char* text, std::uint32_t* address) {
-    if (IsDotted(text)) {
+    int number = 0;
+    if (IsDotted(text))
         *address = inet_addr(text);
-    } else if (IsHexadecimal(text)) {
-        std::uint32_t value = 0;
-        for (const char* digit = text + 2; *digit; ++digit)
-            value = value << 4 | static_cast<std::uint32_t>(HexDigit(*digit));
-        *address = value;
-    } else if (IsDecimal(text)) {
+    else if (ReadHexadecimal(text, &number))
+        *address = static_cast<std::uint32_t>(number);
+    else if (IsDecimal(text))
         *address = static_cast<std::uint32_t>(ToInt(text));
-    } else {
+    else
         return -1;
-    }
     return 0;
 }

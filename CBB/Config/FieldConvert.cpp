@@ -12,16 +12,6 @@ int ToInt(const char* text) {
     return static_cast<int>(std::strtol(text, nullptr, 10));
 }
 
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 int Store(const char* text, std::uint8_t* field) {
     *field = static_cast<std::uint8_t>(ToInt(text));
     return 0;

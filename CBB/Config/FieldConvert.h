@@ -10,9 +10,6 @@
 // What C's atoi gives where it is defined; beyond, the low 32 bits of strtol(3)'s result.
 int ToInt(const char* text);
 
-// The value of a hexadecimal digit in either case, or -1.
-int HexDigit(char c);
-
 int Store(const char* text, std::uint8_t* field);
 int Store(const char* text, std::uint16_t* field);
 int Store(const char* text, std::uint32_t* field);

@@ -2,25 +2,20 @@
 // Reserve data and IP cameras.
 #include "CBB/Config/Config_Task.h"
 #include "CBB/Config/FieldTable.h"
+#include "CBB/Util/HexText.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <ctime>
 #include <tinyxml.h>
 
 namespace {
 
-// Pairs of hexadecimal digits, all or nothing. One digit more than the block has room for is
-// allowed and dropped; the last digit of an odd text is a high nibble.
+// All or nothing: decoded aside first, since a text may turn out not to be hexadecimal at its end.
 int StoreReserveData(const char* text, std::uint8_t (*field)[128]) {
-    const std::size_t length = std::strlen(text);
-    if (length / 2 > sizeof *field ||
-        std::any_of(text, text + length, [](char c) { return HexDigit(c) < 0; }))
-        return 0;
-    for (std::size_t i = 0; i < std::min(length, 2 * sizeof *field); i += 2) {
-        const int low = i + 1 < length ? HexDigit(text[i + 1]) : 0;
-        (*field)[i / 2] = static_cast<std::uint8_t>(HexDigit(text[i]) << 4 | low);
-    }
+    std::uint8_t bytes[sizeof *field];
+    int count = sizeof bytes;
+    if (HexTextToBytes(text, static_cast<int>(std::strlen(text)), bytes, &count) == 0)
+        std::memcpy(*field, bytes, static_cast<std::size_t>(count));
     return 0;
 }
 
