@@ -67,6 +67,26 @@ int NewNetwork() {
     return unshare(CLONE_NEWNET) == 0 ? open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC) : -1;
 }
 
+// A file system in memory, seen at its path for the object's life; what was mounted from it stays.
+class Layer {
+public:
+    Layer() {
+        if (mkdtemp(m_path) == nullptr || mount("none", m_path, "tmpfs", 0, nullptr) != 0)
+            ADD_FAILURE() << m_path << ": " << strerror(errno);
+    }
+    ~Layer() {
+        umount2(m_path, MNT_DETACH);
+        rmdir(m_path);
+    }
+    Layer(const Layer&) = delete;
+    Layer& operator=(const Layer&) = delete;
+
+    std::string Path() const { return m_path; }
+
+private:
+    char m_path[sizeof("/tmp/layer-XXXXXX")] = "/tmp/layer-XXXXXX";
+};
+
 } // namespace
 
 bool EnterSandbox(std::string* error) {
@@ -120,25 +140,18 @@ void ReplaceFile(const char* path, const std::string& content) {
         unlink(path); // a dangling link
         ASSERT_TRUE(WriteText(path, "")) << path;
     }
-    char copy[] = "/tmp/replaced-XXXXXX";
-    const int fd = mkstemp(copy);
-    ASSERT_GE(fd, 0) << strerror(errno);
-    close(fd);
-    const bool done =
-        WriteText(copy, content) && mount(copy, target.c_str(), nullptr, MS_BIND, nullptr) == 0;
+    const Layer layer;
+    const std::string copy = layer.Path() + "/copy";
+    const bool done = WriteText(copy, content) &&
+                      mount(copy.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) == 0;
     ASSERT_TRUE(done) << path << ": " << strerror(errno);
-    unlink(copy); // the mount keeps it
 }
 
 void ReplaceFolder(const std::string& path) {
-    char layer[] = "/tmp/layer-XXXXXX";
-    ASSERT_NE(mkdtemp(layer), nullptr) << strerror(errno);
-    const std::string upper = std::string(layer) + "/upper", work = std::string(layer) + "/work";
+    const Layer layer;
+    const std::string upper = layer.Path() + "/upper", work = layer.Path() + "/work";
     const std::string options = "lowerdir=" + path + ",upperdir=" + upper + ",workdir=" + work;
-    const bool done = mount("none", layer, "tmpfs", 0, nullptr) == 0 &&
-                      mkdir(upper.c_str(), 0755) == 0 && mkdir(work.c_str(), 0755) == 0 &&
+    const bool done = mkdir(upper.c_str(), 0755) == 0 && mkdir(work.c_str(), 0755) == 0 &&
                       mount("none", path.c_str(), "overlay", 0, options.c_str()) == 0;
-    EXPECT_TRUE(done) << path << ": " << strerror(errno);
-    umount2(layer, MNT_DETACH); // the overlay keeps it
-    rmdir(layer);
+    ASSERT_TRUE(done) << path << ": " << strerror(errno);
 }
