@@ -27,5 +27,6 @@ configure_file("${MONGOOSE_INCLUDE}/mongoose.h" "${_mongoose_include}/mongoose.h
 add_library(mongoose STATIC "${MONGOOSE_SOURCE}")
 target_include_directories(mongoose SYSTEM PUBLIC "${_mongoose_include}")
 # The console shows this program's lines only; the listener is IPv4 only.
-target_compile_definitions(mongoose PUBLIC MG_ENABLE_LOG=0 MG_ENABLE_IPV6=0)
+target_compile_definitions(mongoose PUBLIC MG_ENABLE_LOG=0 MG_ENABLE_IPV6=0
+  MG_MAX_RECV_SIZE=81920) # the largest request, 64 KiB, and one read
 target_compile_options(mongoose PRIVATE -w)

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include <cstdio>
+#include <cstring>
+
+#include "CBB/Config/FieldConvert.h"
+#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "CBB/WebCtrl/WebCtrl.h"
+
+int CWebCtrl::GetParaInfoByCmd(const char* request, char* reply, int* replyLen) {
+    printf("FUN:%s, LINE:%d, dst.ip:%s, dst:port:%d.\n", __func__, 730, m_szDstIp, m_usDstPort);
+    CUdpCtrlSocket sock(m_szDstIp, m_usDstPort, 1, "eth0");
+    if (sock.SendDataToHost(request, static_cast<int>(strlen(request))) != 0)
+        return -1;
+    if (sock.RecvDataFromHost(reply, replyLen) != 0)
+        return -1;
+    printf("FUN:%s, LINE:%d.\n", __func__, 746);
+    return 0;
+}
+
+int CWebCtrl::SetParaByCmd(CUdpCtrlSocket& sock, const char* request, int len, int* result) {
+    const int error = sock.SendDataToHost(request, len);
+    return error != 0 ? error : GetParaResult(sock, result);
+}
+
+int CWebCtrl::GetParaResult(CUdpCtrlSocket& sock, int* result) {
+    char reply[kReplyCapacity] = {};
+    int replyLen = 0;
+    if (sock.RecvDataFromHost(reply, &replyLen) != 0)
+        return -1;
+    char value[kAttrValueCapacity] = {};
+    if (GetParaAttrValue(reply, "Result", value) != 0)
+        return -1;
+    *result = ToInt(value);
+    return 0;
+}

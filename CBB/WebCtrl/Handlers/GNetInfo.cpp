@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: GPL-2.0-only
+// Mobile data connection, section stMobileGNet.
+#include "CBB/WebCtrl/Handlers/Form.h"
+#include "CBB/WebCtrl/Handlers/Handlers.h"
+#include "CBB/WebCtrl/Handlers/JsonAnswer.h"
+#include "CBB/WebCtrl/Handlers/SectionExchange.h"
+
+namespace {
+
+using Block = MobileGNetPara;
+constexpr WebField kFields[] = {
+    WEB_FIELD(ucFD_NetType),   WEB_FIELD(strFD_Apn),        WEB_FIELD(strFD_PhoneNo),
+    WEB_FIELD(strFD_UserName), WEB_FIELD(strFD_UserPasswd),
+};
+
+int getGNetInfoFromNet(CWebCtrl& controller, MobileGNetPara* para) {
+    return QueryBlock(controller, QueryText::MobileGNet, &CConfig_Task::Import_stMobileGNet,
+                      &DeviceParaRecord::stMobileGNet, para);
+}
+
+int setGNetInfoToNet(CWebCtrl& controller, const MobileGNetPara& para) {
+    SetMessage message;
+    AddAttributes(message.Open("stMobileGNet"), kFields, &para).Close("/>");
+    return SendSet(controller, message.Finish());
+}
+
+} // namespace
+
+void get_GNetInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+    const HandlerTrace trace(__func__, __LINE__);
+    MobileGNetPara para{};
+    const int error = getGNetInfoFromNet(controller, &para);
+    JsonAnswer answer(connection);
+    answer.Members(kFields, &para);
+    answer.Result(error == 0);
+}
+
+void set_GNetInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message* message) {
+    MobileGNetPara para{};
+    Form(message).Read(kFields, &para);
+    JsonAnswer::WriteResult(connection, setGNetInfoToNet(controller, para) == 0);
+}

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#pragma once
+
+#include <functional>
+
+#include "CBB/Config/Config_Task.h"
+#include "CBB/Config/DeviceParaRecord.h"
+#include "CBB/WebCtrl/ControlMessage.h"
+#include "CBB/WebCtrl/Handlers/WebField.h"
+#include "CBB/WebCtrl/WebCtrl.h"
+
+// The exchanges that handlers make with the main application.
+
+/// Prints a get handler's trace line when it begins and when it ends.
+class HandlerTrace {
+public:
+    HandlerTrace(const char* function, int line);
+    ~HandlerTrace();
+    HandlerTrace(const HandlerTrace&) = delete;
+    HandlerTrace& operator=(const HandlerTrace&) = delete;
+
+private:
+    const char* m_function;
+    int m_line;
+};
+
+using SectionImporter =
+    std::function<int(CConfig_Task&, const TiXmlElement* section, DeviceParaRecord* record)>;
+
+/// Sends a query and imports the section of its reply into the zeroed `*record`. Returns the
+/// importer's result (0 on success, the record may hold a part otherwise), -1 when the exchange
+/// failed.
+int QueryRecord(CWebCtrl& controller, const char* query, const SectionImporter& importer,
+                DeviceParaRecord* record);
+
+/// QueryRecord of one block: copied into `*out` on success, which else stays as it is. A table of
+/// entries gives its first one.
+template <typename Block>
+int QueryBlock(CWebCtrl& controller, const char* query, const SectionImporter& importer,
+               Block DeviceParaRecord::*block, Block* out) {
+    DeviceParaRecord record{};
+    const int result = QueryRecord(controller, query, importer, &record);
+    if (result == 0)
+        *out = record.*block;
+    return result;
+}
+template <typename Block, size_t N>
+int QueryBlock(CWebCtrl& controller, const char* query, const SectionImporter& importer,
+               Block (DeviceParaRecord::*blocks)[N], Block* out) {
+    DeviceParaRecord record{};
+    const int result = QueryRecord(controller, query, importer, &record);
+    if (result == 0)
+        *out = (record.*blocks)[0];
+    return result;
+}
+
+/// Appends an attribute for each field of the record at `block`.
+template <size_t N>
+SetMessage& AddAttributes(SetMessage& message, const WebField (&fields)[N], const void* block) {
+    for (const WebField& field : fields) {
+        if (field.kind == FieldKind::Text)
+            message.Text(field.attribute, TextAt(field, block));
+        else
+            message.Number(field.attribute, NumberAt(field, block));
+    }
+    return message;
+}
+
+/// Sends a write on a socket of its own and, when the main application answers that it was carried
+/// out, restarts the controller, which takes 2 s. Returns 0 whenever there was an answer with a
+/// `Result`, whatever it is, and another value otherwise.
+int SendSet(CWebCtrl& controller, const std::string& message);
+/// The same on the caller's socket, with the answer's `Result` in `*result`.
+int SendSet(CWebCtrl& controller, CUdpCtrlSocket& sock, const std::string& message, int* result);

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/WebCtrl/HttpServer.h"
+
+#include <cstdio>
+#include <cstring>
+#include <mongoose.h>
+#include <string>
+#include <sys/stat.h>
+
+#include "CBB/WebCtrl/Handlers/Handlers.h"
+#include "CBB/WebCtrl/HttpConnection.h"
+#include "CBB/WebCtrl/IncludePage.h"
+#include "CBB/WebCtrl/WebCtrl.h"
+
+namespace {
+
+constexpr int kPollMs = 1000;
+
+struct Route {
+    const char* uri;
+    Handler handler;
+    const char* announced; // printed before the call, if at all
+};
+
+constexpr Route kRoutes[] = {
+    {"/get_LangInfo", get_LangInfo, "--------------------------get_LangInfo, start."},
+    {"/set_LangInfo", set_LangInfo, nullptr},
+    {"/get_BaseInfo", get_BaseInfo, "--------------------------get_BaseInfo, start."},
+    {"/set_BaseInfo", set_BaseInfo, nullptr},
+    {"/get_MirrorInfo", get_MirrorInfo, nullptr},
+    {"/set_MirrorInfo", set_MirrorInfo, nullptr},
+    {"/get_NetWModeInfo", get_NetWModeInfo, nullptr},
+    {"/set_NetWModeInfo", set_NetWModeInfo, nullptr},
+    {"/get_VCmsInfo", get_VCmsInfo, nullptr},
+    {"/set_VCmsInfo", set_VCmsInfo, nullptr},
+    {"/get_WifiInfo", get_WifiInfo, nullptr},
+    {"/set_WifiInfo", set_WifiInfo, nullptr},
+    {"/get_GNetInfo", get_GNetInfo, nullptr},
+    {"/set_GNetInfo", set_GNetInfo, nullptr},
+    {"/get_GB28181Info", get_GB28181Info, nullptr},
+    {"/set_GB28181Info", set_GB28181Info, nullptr},
+    {"/get_cpu_usage", get_cpu_usage, "-------------------handle_get_cpu_usage."},
+    {"/get_VersionInfo", get_VersionInfo, nullptr},
+    {"/get_SystemInfo", get_SystemInfo, nullptr},
+};
+
+// Every other option keeps the library's default.
+mg_http_serve_opts g_serveOptions{};
+
+} // namespace
+
+int RunWebServer(const char* webRoot) {
+    const std::string port = std::to_string(CWebCtrl::GetInstance()->WebPort());
+    mg_mgr manager;
+    mg_mgr_init(&manager);
+    if (mg_http_listen(&manager, ("http://0.0.0.0:" + port).c_str(), HttpEventHandler, nullptr) ==
+        nullptr) {
+        fprintf(stderr, "Cannot bind to %s\n", port.c_str());
+        mg_mgr_free(&manager);
+        return -1;
+    }
+    g_serveOptions.root_dir = webRoot;
+    struct stat status;
+    if (stat(webRoot, &status) != 0) {
+        fputs("Cannot find web_root directory, exiting\n", stderr);
+        return -1;
+    }
+    printf("Starting web server on port %s\n", port.c_str());
+    for (;;)
+        mg_mgr_poll(&manager, kPollMs);
+}
+
+void HttpEventHandler(mg_connection* connection, int event, void* eventData) {
+    if (event != MG_EV_HTTP_MSG) {
+        GuardConnection(connection, event, eventData);
+        return;
+    }
+    auto* message = static_cast<mg_http_message*>(eventData);
+    if (AdmitRequest(connection, message))
+        CWebCtrl::GetInstance()->DoHttpRequest(connection, message);
+}
+
+void CWebCtrl::DoHttpRequest(mg_connection* connection, mg_http_message* message) {
+    puts("--------------------------DoHttpRequeset, start.");
+    for (const Route& route : kRoutes) {
+        if (mg_strcmp(message->uri, mg_str(route.uri)) != 0)
+            continue;
+        if (route.announced != nullptr)
+            puts(route.announced);
+        route.handler(*this, connection, message);
+        return;
+    }
+    puts("------------others-------mg_serve_http.");
+    if (!ServeIncludePage(connection, message, g_serveOptions.root_dir))
+        mg_http_serve_dir(connection, message, &g_serveOptions);
+}

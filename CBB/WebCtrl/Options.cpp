@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/WebCtrl/Options.h"
+
+#include <arpa/inet.h>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <getopt.h>
+
+namespace {
+
+// The server's field for it holds 128 bytes.
+constexpr size_t kMaxWebRoot = 127;
+
+constexpr char kHelp[] =
+    "Usage: webctrl [OPTION]...\n"
+    "Web front of an in-vehicle video recorder: serves its page and its settings over HTTP.\n"
+    "\n"
+    "  --port N            TCP port to serve on (80)\n"
+    "  --recorder IP:PORT  where the recorder's main application listens, UDP (127.0.0.1:6000)\n"
+    "  --web-root DIR      folder of the page (web_root beside the executable)\n"
+    "  --help              print this and end\n"
+    "  --version           print the version and end\n";
+
+[[noreturn]] __attribute__((format(printf, 1, 2))) void Refuse(const char* format, ...) {
+    va_list arguments;
+    va_start(arguments, format);
+    fputs("webctrl: ", stderr);
+    vfprintf(stderr, format, arguments);
+    fputs("; try --help\n", stderr);
+    va_end(arguments);
+    exit(2);
+}
+
+// 1 to 65535, decimal digits only; 0 otherwise.
+uint16_t ReadPort(const char* text) {
+    if (strlen(text) > 5 || text[strspn(text, "0123456789")] != '\0')
+        return 0;
+    const long port = strtol(text, nullptr, 10);
+    return port <= UINT16_MAX ? static_cast<uint16_t>(port) : 0;
+}
+
+void ReadRecorder(const char* text, Options& options) {
+    const char* colon = strrchr(text, ':');
+    in_addr address;
+    if (colon != nullptr) {
+        options.recorderIp.assign(text, colon);
+        options.recorderPort = ReadPort(colon + 1);
+    }
+    if (colon == nullptr || options.recorderPort == 0 ||
+        inet_pton(AF_INET, options.recorderIp.c_str(), &address) != 1)
+        Refuse("--recorder takes IP:PORT, such as 127.0.0.1:6000, not '%s'", text);
+}
+
+void ReadWebRoot(const char* text, Options& options) {
+    if (text[0] == '\0' || strlen(text) > kMaxWebRoot)
+        Refuse("--web-root takes a path of 1 to %zu bytes", kMaxWebRoot);
+    // The HTTP library reads a root with these as a list of mounts.
+    if (strpbrk(text, ",=") != nullptr)
+        Refuse("--web-root cannot take a path with ',' or '=': '%s'", text);
+    options.webRoot = text;
+}
+
+} // namespace
+
+Options ReadOptions(int argc, char** argv) {
+    static const option known[] = {
+        {"port", required_argument, nullptr, 'p'},
+        {"recorder", required_argument, nullptr, 'r'},
+        {"web-root", required_argument, nullptr, 'w'},
+        {"help", no_argument, nullptr, 'h'},
+        {"version", no_argument, nullptr, 'v'},
+        {},
+    };
+    Options options;
+    opterr = 0;
+    for (int found; (found = getopt_long(argc, argv, "+:", known, nullptr)) != -1;) {
+        switch (found) {
+        case 'p':
+            options.port = ReadPort(optarg);
+            if (options.port == 0)
+                Refuse("--port takes a number from 1 to 65535, not '%s'", optarg);
+            break;
+        case 'r':
+            ReadRecorder(optarg, options);
+            break;
+        case 'w':
+            ReadWebRoot(optarg, options);
+            break;
+        case 'h':
+            fputs(kHelp, stdout);
+            exit(0);
+        case 'v':
+            puts("webctrl " WEBCTRL_VERSION);
+            exit(0);
+        case ':':
+            Refuse("%s needs a value", argv[optind - 1]);
+        default:
+            Refuse("unknown option '%s'", argv[optind - 1]);
+        }
+    }
+    if (optind < argc)
+        Refuse("unexpected '%s'", argv[optind]);
+    return options;
+}

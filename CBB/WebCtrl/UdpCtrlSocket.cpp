@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/WebCtrl/UdpCtrlSocket.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "CBB/Util/NetTool.h"
+
+namespace {
+
+constexpr uint16_t kLocalPort = 4999;
+constexpr int kSendBufferBytes = 307200;
+constexpr size_t kReplyBytes = 1024;
+constexpr int kReplyWaitMs = 5000;
+// More than the kernel queues at its default buffer size, even of empty datagrams, so that a full
+// queue is emptied while a peer that sends without end cannot hold the exchange up.
+constexpr int kMaxDiscarded = 1024;
+// Longer messages are sent without the line that shows them.
+constexpr size_t kShownMessageBytes = 256;
+
+sockaddr_in Ipv4Address(in_addr_t address, uint16_t port) {
+    sockaddr_in result{};
+    result.sin_family = AF_INET;
+    result.sin_addr.s_addr = address;
+    result.sin_port = htons(port);
+    return result;
+}
+
+// poll(2) rather than select(2): a descriptor above FD_SETSIZE is no trap. But it would wait in
+// vain on a closed socket.
+int WaitReadable(int sock, int timeoutMs, short* events) {
+    if (sock == -1)
+        return -1;
+    pollfd waited{sock, POLLIN, 0};
+    const int ready = poll(&waited, 1, timeoutMs);
+    *events = waited.revents;
+    return ready;
+}
+
+} // namespace
+
+CUdpCtrlSocket::CUdpCtrlSocket(const char* dstIp, uint16_t dstPort, uint8_t maskBC,
+                               const char* ifName)
+    : m_usDstPort(dstPort), m_bMaskBC(maskBC) {
+    strncpy(m_szDstIp, dstIp, sizeof(m_szDstIp) - 1);
+    strncpy(m_szIfName, ifName, sizeof(m_szIfName) - 1);
+    OpenCtrlSocket();
+}
+
+CUdpCtrlSocket::~CUdpCtrlSocket() {
+    CloseCtrlSocket();
+}
+
+int CUdpCtrlSocket::OpenCtrlSocket() {
+    if (m_iSock != -1) {
+        printf("CUdpCtrlSocket::OpenCtrlSocket already created socket:%d.\n", m_iSock);
+        return 0;
+    }
+    m_iSock = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (m_iSock == -1) {
+        printf("CUdpCtrlSocket::OpenCtrlSocket, Create Ctrl Socket Failed.Error:%s\n",
+               strerror(errno));
+        return -1;
+    }
+    const int reuse = 2;
+    setsockopt(m_iSock, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof(reuse));
+    setsockopt(m_iSock, SOL_SOCKET, SO_SNDBUF, &kSendBufferBytes, sizeof(kSendBufferBytes));
+
+    uint32_t address = INADDR_ANY;
+    GetIfAddr(m_szIfName, &address);
+    const sockaddr_in local = Ipv4Address(address, kLocalPort);
+    if (bind(m_iSock, reinterpret_cast<const sockaddr*>(&local), sizeof(local)) != 0) {
+        printf("CUdpCtrlSocketSvr::OpenSvrSocket, Server Bind Failed. Error:%s\n", strerror(errno));
+        CloseCtrlSocket();
+        return -1;
+    }
+    const int broadcast = 1;
+    if (setsockopt(m_iSock, SOL_SOCKET, SO_BROADCAST, &broadcast, sizeof(broadcast)) != 0) {
+        printf("CUdpCtrlSocket::OpenCtrlSocket, setsockopt broadcast Failed, Error:%s\n",
+               strerror(errno));
+        return -1;
+    }
+    fcntl(m_iSock, F_SETFL, fcntl(m_iSock, F_GETFL, 0) & ~O_NONBLOCK);
+    return 0;
+}
+
+int CUdpCtrlSocket::CloseCtrlSocket() {
+    if (m_iSock != -1) {
+        close(m_iSock);
+        m_iSock = -1;
+    }
+    return 0;
+}
+
+int CUdpCtrlSocket::SendDataToHost(const char* data, int len) {
+    ClearRecvQueue();
+
+    uint32_t address = 0;
+    if (m_bMaskBC != 0 && strcmp(m_szDstIp, "255.255.255.255") == 0) {
+        if (GetIfBrdAddr("eth0", &address) != 0) {
+            puts("CUdpCtrlSocket::SendDataToHost, get IfBrdAddr failed.");
+            return -1;
+        }
+        printf("CUdpCtrlSocket::SendDataToHost, get IfBrdAddr ok, brdaddr:0x%x.\n", address);
+    } else {
+        address = inet_addr(m_szDstIp);
+    }
+    const sockaddr_in destination = Ipv4Address(address, m_usDstPort);
+    const ssize_t sent =
+        sendto(m_iSock, data, static_cast<size_t>(len), 0,
+               reinterpret_cast<const sockaddr*>(&destination), sizeof(destination));
+    if (sent < 0) {
+        printf("CUdpCtrlSocket::SendData2Wifi, send data to [0x%x:%d][len:%d], msg:%s, failed, "
+               "err:%s.\n",
+               address, m_usDstPort, len, data, strerror(errno));
+        return -1;
+    }
+    if (strlen(data) < kShownMessageBytes) {
+        printf("CUdpCtrlSocket::SendData2Wifi, m_bMaskBC:%d, dest[0x%x], send data[len:%d], "
+               "msg:%s, ok.\n",
+               m_bMaskBC, address, len, data);
+    }
+    return 0;
+}
+
+int CUdpCtrlSocket::RecvDataFromHost(char* out, int* outLen) {
+    short events = 0;
+    const int ready = WaitReadable(m_iSock, kReplyWaitMs, &events);
+    if (ready < 0) {
+        puts("CUdpCtrlSocket::RecvDataFromHost , get net ctrl select failed!");
+        return -1;
+    }
+    if (ready == 0)
+        return -2;
+    if ((events & POLLIN) == 0)
+        return -1;
+
+    char buffer[kReplyBytes + 1] = {};
+    sockaddr_in source{};
+    socklen_t sourceLen = sizeof(source);
+    const ssize_t received = recvfrom(m_iSock, buffer, kReplyBytes, MSG_DONTWAIT,
+                                      reinterpret_cast<sockaddr*>(&source), &sourceLen);
+    if (received < 1)
+        return -1;
+
+    char sourceIp[INET_ADDRSTRLEN] = "";
+    inet_ntop(AF_INET, &source.sin_addr, sourceIp, sizeof(sourceIp));
+    const int sourcePort = ntohs(source.sin_port);
+    if (sourcePort != m_usDstPort) {
+        printf("CUdpCtrlSocket::RecvDataFromHost, failed, get data peer net info not match[%s  VS "
+               "%s], port[%d VS %d].\n",
+               m_szDstIp, sourceIp, m_usDstPort, sourcePort);
+        return -1;
+    }
+    strcpy(out, buffer);
+    *outLen = static_cast<int>(received);
+    printf("CUdpCtrlSocket::RecvDataFromHost,  get data from[%s  VS %s], port[%d VS %d], msg[%s], "
+           "len[%d].\n",
+           m_szDstIp, sourceIp, m_usDstPort, sourcePort, out, *outLen);
+    return 0;
+}
+
+void CUdpCtrlSocket::ClearRecvQueue() {
+    if (m_iSock == -1)
+        return;
+    for (int discarded = 0; discarded < kMaxDiscarded; ++discarded) {
+        char byte;
+        if (recv(m_iSock, &byte, sizeof(byte), MSG_DONTWAIT) < 0)
+            return;
+    }
+}
+
+int GetIfBrdAddr(const char* ifName, uint32_t* addr) {
+    const int sock = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (sock == -1)
+        return -1;
+    ifreq request{};
+    memcpy(request.ifr_name, ifName, strnlen(ifName, sizeof(request.ifr_name)));
+    const int result = ioctl(sock, SIOCGIFBRDADDR, &request);
+    close(sock);
+    if (result != 0)
+        return -1;
+    *addr = reinterpret_cast<const sockaddr_in*>(&request.ifr_broadaddr)->sin_addr.s_addr;
+    return 0;
+}
