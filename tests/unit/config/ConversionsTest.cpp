@@ -7,235 +7,144 @@
 #include <cfloat>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <string_view>
 
 namespace {
 
-// A record, into which elements are imported one after another.
-struct Imported {
-    template <typename Function, typename... Rest>
-    int operator()(Function importer, const std::string& xml, Rest... rest) {
-        const Element element(xml);
-        EXPECT_NE(element.Get(), nullptr) << xml;
-        return (task.*importer)(element.Get(), &record, rest...);
-    }
-
-    CConfig_Task task;
-    DeviceParaRecord record{};
-};
-
-using T = CConfig_Task;
-
-template <std::size_t N>
-std::string_view Text(const char (&field)[N]) {
-    return {field, strnlen(field, N)};
-}
-
 TEST(Conversions, Addresses) {
     constexpr std::uint32_t kBefore = 77;
-    struct Case {
-        const char* text;
-        std::uint32_t stored; // kBefore: left alone
+    // clang-format off
+    const std::pair<const char*, std::uint32_t> cases[] = {
+        {"1.2.3.4", htonl(0x01020304)}, {"1.2.3.400", INADDR_NONE}, {"1..2.3", INADDR_NONE},
+        {"256.1.1.1", kBefore}, {"1.99999999999999999999.1.1", kBefore}, {"1.2.3", kBefore},
+        {"1.2.3.4.5", kBefore}, {"0x10", 16}, {"0XfF", 255}, {"0x123456789", 0x23456789},
+        {"0x", kBefore}, {"0x1g", kBefore}, {"42", 42}, {"-1", 0xFFFFFFFF}, {"4-2", kBefore},
+        {"+1", kBefore}, {"", 0}, {"abc", kBefore},
     };
-    const Case cases[] = {
-        {"1.2.3.4", htonl(0x01020304)},
-        {"255.255.255.0", htonl(0xFFFFFF00)},
-        {"1.2.3.400", INADDR_NONE}, // the last group is not range-tested
-        {"1..2.3", INADDR_NONE},
-        {"256.1.1.1", kBefore},
-        {"1.99999999999999999999.1.1", kBefore},
-        {"1.2.3", kBefore},
-        {"1.2.3.4.5", kBefore},
-        {"0x10", 16},
-        {"0XfF", 255},
-        {"0x123456789", 0x23456789},
-        {"0x", kBefore},
-        {"0x1g", kBefore},
-        {"42", 42},
-        {"-1", 0xFFFFFFFF},
-        {"4-2", kBefore},
-        {"+1", kBefore},
-        {"", 0},
-        {"abc", kBefore},
-    };
-    for (const Case& c : cases) {
+    // clang-format on
+    for (const auto& [text, stored] : cases) {
         std::uint32_t address = kBefore;
-        EXPECT_EQ(T::ParseAddress(c.text, &address), c.stored == kBefore ? -1 : 0) << c.text;
-        EXPECT_EQ(address, c.stored) << c.text;
+        EXPECT_EQ(T::ParseAddress(text, &address), stored == kBefore ? -1 : 0) << text;
+        EXPECT_EQ(address, stored) << text;
     }
 }
 
-TEST(Conversions, Numbers) {
-    Imported in;
-    in(&T::Import_SubStream,
-       "<s ucFD_EncodeMode='300' ucFD_Resolution='-1' ucFD_Quality='x' uiFD_BitRate=' 12abc'/>");
-    EXPECT_EQ(in.record.stSubStream.ucFD_EncodeMode, 44);
-    EXPECT_EQ(in.record.stSubStream.ucFD_Resolution, 255);
-    EXPECT_EQ(in.record.stSubStream.ucFD_Quality, 0);
-    EXPECT_EQ(in.record.stSubStream.uiFD_BitRate, 12U);
-
-    in(&T::Import_GSensor, "<s fFD_X='1e999' fFD_Y='-1e39' fFD_Z='nan' fFD_Crash='-inf'/>");
-    EXPECT_EQ(in.record.stGSensor.fFD_X, FLT_MAX);
-    EXPECT_EQ(in.record.stGSensor.fFD_Y, -FLT_MAX);
-    EXPECT_EQ(in.record.stGSensor.fFD_Z, 0);
-    EXPECT_EQ(in.record.stGSensor.fFD_Crash, -FLT_MAX);
-    EXPECT_EQ(in(&T::Import_GSensor, "<s RECALIBRATE='0' fFD_X='2'/>"), 1);
-    EXPECT_EQ(in.record.stGSensor.fFD_X, 2);
+template <typename Number>
+std::string Show(Number number) {
+    return std::to_string(number);
+}
+template <std::size_t N>
+std::string Show(const char (&text)[N]) {
+    return {text, strnlen(text, N)};
+}
+template <typename Number, std::size_t N>
+std::string Show(const Number (&array)[N]) {
+    return Show(array[0]) + " " + Show(array[1]) + " " + Show(array[2]) + " .. " +
+           Show(array[N - 1]);
 }
 
-TEST(Conversions, AShortTextClearsTheRest) {
-    Imported in;
-    in(&T::Import_stDisplay, "<s strLanguage='long'/>");
-    EXPECT_EQ(Text(in.record.stDisplay.strLanguage), "lon");
-    in(&T::Import_stDisplay, "<s strLanguage='c'/>");
-    EXPECT_EQ(std::memcmp(in.record.stDisplay.strLanguage, "c\0\0", 4), 0);
-}
+struct Case {
+    Import import;
+    std::string attributes;
+    std::string (*field)(const DeviceParaRecord&);
+    std::string stored;
+    int result = 0;
+};
 
-TEST(Conversions, DeviceNumber) {
-    for (const std::string number :
-         {"1234", "12345", "123456789012", "1234567890123", "1234567890123456"}) {
-        const bool accepted = number.size() >= 5 && number.size() <= 12;
-        Imported in;
-        int result = 0;
-        const Captured printed = Capture([&] {
-            result = in(&T::Import_stBaseInfo,
-                        "<s ucFD_TimeZone='8' strFD_DeviceNo='" + number + "' ucFD_GpsMode='1'/>");
-        });
-        EXPECT_EQ(result, accepted ? 0 : -1);
-        EXPECT_EQ(
-            printed.out,
-            accepted ? "" : "CConfig_Task::Import_stBaseInfo, invalid device id:" + number + ".\n");
-        EXPECT_EQ(Text(in.record.stBaseInfo.strFD_DeviceNo), accepted ? number : "");
-        EXPECT_EQ(in.record.stBaseInfo.ucFD_TimeZone, 8);
-        EXPECT_EQ(in.record.stBaseInfo.ucFD_GpsMode, accepted ? 1 : 0);
-    }
-}
+#define FIELD(path) [](const DeviceParaRecord& record) { return Show(record.path); }
 
-TEST(Conversions, ModuleRevision) {
-    const std::string crlf = "&#13;&#10;";
-    const std::string longText(80, 'r');
-    Imported in;
-    for (const auto& [text, stored] :
-         {std::pair<std::string, std::string>{
-              "Maker" + crlf + "Revision: X1" + crlf + "IMEI" + crlf + "OK", " X1"},
-          {"Revision:a&#10;b", "a\nb"},
-          {"no such label", ""},
-          {"Revision:" + longText + crlf, longText.substr(0, 63)},
-          {"xRevision:", ""}}) {
-        in(&T::Import_stSystemInfo, "<s ATI='" + text + "'/>");
-        EXPECT_EQ(Text(in.record.stSystemInfo.ATI), stored);
-    }
-}
-
-TEST(Conversions, IdentityChangeClearsTheAuthentication) {
-    struct Case {
-        const char* attributes;
-        const char* authentication;
-    };
-    constexpr Case cases[] = {
-        {"strFD_TerminalID='id' strFD_Authentication='new'", ""},
-        {"strFD_TerminalID='id' strFD_Authentication='code'", "code"},
-        {"strFD_TerminalID='id' strFD_CarVIN='other'", "code"},
-        {"strFD_DeviceNum='n'", ""},
-        {"strFD_Authentication='code'", "code"},
-        {"strFD_FacturerID='1234567890123456789'", ""},
-        {"strFD_Authentication='code' strFD_FacturerID='1234567890123456789'", "code"},
-        {"strFD_FacturerID='12345678901234567890'", ""},
-        {"strFD_Authentication='code' STRFD_FACTURERID='a' strFD_FacturerID='1234567890123456789'",
-         ""},
-        {"strFD_Authentication='code' strFD_TerminalType='t'", ""},
-    };
-    Imported in;
-    for (const Case& c : cases) {
-        EXPECT_EQ(in(&T::Import_VehicleInfo,
-                     "<s " + std::string(c.attributes) + " strFD_Phonenumber='5'/>", 1, true),
-                  0);
-        EXPECT_EQ(Text(in.record.stVehicleInfo[1].strFD_Authentication), c.authentication)
-            << c.attributes;
-        EXPECT_EQ(Text(in.record.stVehicleInfo[1].strFD_Phonenumber), "");
-    }
-}
-
-TEST(Conversions, DetectionMask) {
-    struct Case {
-        std::string text;
-        std::uint32_t entries[4]; // 0, 1, 2 and 31
-    };
-    std::string many;
-    for (int i = 1; i <= 33; ++i)
-        many += std::to_string(i) + ",";
+// One record throughout: each case finds what those before it left.
+TEST(Conversions, Fields) {
+    using namespace std::placeholders;
+    const Import vehicle = std::bind(&T::Import_VehicleInfo, _1, _2, _3, 1, true);
+    const Import base = &T::Import_stBaseInfo, sub = &T::Import_SubStream,
+                 gSensor = &T::Import_GSensor, display = &T::Import_stDisplay,
+                 status = &T::Import_stSystemInfo, vda = &T::Import_Vda,
+                 reserve = &T::Import_ReserveData, power = &T::Import_Power,
+                 mirror = &T::Import_stVideoMirror;
+    const auto code = FIELD(stVehicleInfo[1].strFD_Authentication);
+    const auto revision = FIELD(stSystemInfo.ATI);
+    const auto mask = FIELD(stVda[0].uiFD_Mask);
+    const auto data = FIELD(stReserveData.ucReserveData);
+    const auto mode = FIELD(stPower.ucPowerMode);
+    const std::string r63(63, 'r');
+    const std::string f257(257, 'f');
     const Case cases[] = {
-        {"1,2,3", {1, 2, 9, 9}},
-        {"1,2,3,", {1, 2, 3, 9}},
-        {"7,0000000000000002,", {7, 2, 9, 9}},
-        {"7,00000000000000002,3,", {7, 9, 9, 9}},
-        {",-1,", {0, 0xFFFFFFFF, 9, 9}},
-        {many, {1, 2, 3, 32}},
+        {sub, "ucFD_Quality='300'", FIELD(stSubStream.ucFD_Quality), "44"},
+        {sub, "ucFD_Quality='-1'", FIELD(stSubStream.ucFD_Quality), "255"},
+        {sub, "ucFD_Quality='x'", FIELD(stSubStream.ucFD_Quality), "0"},
+        {sub, "uiFD_BitRate=' 12abc'", FIELD(stSubStream.uiFD_BitRate), "12"},
+        {gSensor, "fFD_X='1e999'", FIELD(stGSensor.fFD_X), Show(FLT_MAX)},
+        {gSensor, "fFD_X='-1e39'", FIELD(stGSensor.fFD_X), Show(-FLT_MAX)},
+        {gSensor, "fFD_X='nan'", FIELD(stGSensor.fFD_X), Show(0.0F)},
+        {gSensor, "RECALIBRATE='0' fFD_X='2'", FIELD(stGSensor.fFD_X), Show(2.0F), 1},
+        {display, "strLanguage='long'", FIELD(stDisplay.strLanguage), "lon"},
+        {display, "strLanguage='c'", FIELD(stDisplay.strLanguage), "c"},
+        {base, "ucFD_GpsMode='7' strFD_DeviceNo='1234'", FIELD(stBaseInfo.ucFD_GpsMode), "7", -1},
+        {base, "strFD_DeviceNo='1234567890123' ucFD_GpsMode='8'", FIELD(stBaseInfo.ucFD_GpsMode),
+         "7", -1},
+        {base, "strFD_DeviceNo='12345'", FIELD(stBaseInfo.strFD_DeviceNo), "12345"},
+        {status, "DeviceNo='1234'", FIELD(stSystemInfo.DeviceNo), "1234"},
+        {status, "ATI='M&#13;&#10;Revision: X1&#13;&#10;I: 2&#13;&#10;OK'", revision, " X1"},
+        {status, "ATI='no such label'", revision, ""},
+        {status, "ATI='Revision:" + r63 + "r&#13;&#10;'", revision, r63},
+        {status, "ATI='Revision:a&#10;b'", revision, "a\nb"},
+        {vehicle, "strFD_TerminalID='a' strFD_Authentication='new'", code, ""},
+        {vehicle, "strFD_TerminalID='a' strFD_Authentication='kept'", code, "kept"},
+        {vehicle, "strFD_CarVIN='1' strFD_DeviceNum=''", code, "kept"},
+        {vehicle, "strFD_FacturerID='1234567890123456789'", code, ""},
+        {vehicle, "strFD_FacturerID='1234567890123456789' strFD_Authentication='kept'", code,
+         "kept"},
+        {vehicle, "strFD_FacturerID='12345678901234567890'", code, ""},
+        {vehicle, "strFD_Authentication='kept' strFD_TerminalType='t' STRFD_TERMINALTYPE=''", code,
+         ""},
+        {vehicle, "strFD_Authentication='kept' strFD_DeviceNum='n'", code, ""},
+        {vehicle, "strFD_Phonenumber='5'", FIELD(stVehicleInfo[1].strFD_Phonenumber), ""},
+        {vda, "uiFD_Mask='1,2,3'", mask, "1 2 0 .. 0"},
+        {vda, "uiFD_Mask='4,5,6,'", mask, "4 5 6 .. 0"},
+        {vda, "uiFD_Mask='7,0000000000000008,'", mask, "7 8 6 .. 0"},
+        {vda, "uiFD_Mask='9,00000000000000009,9,'", mask, "9 8 6 .. 0"},
+        {vda, "uiFD_Mask=',-1,'", mask, "0 4294967295 6 .. 0"},
+        {reserve, "ucReserveData='" + f257 + "'", data, "255 255 255 .. 255"},
+        {reserve, "ucReserveData='0a1'", data, "10 16 255 .. 255"},
+        {reserve, "ucReserveData='0b0b0g'", data, "10 16 255 .. 255"},
+        {reserve, "ucReserveData='0" + f257 + "'", data, "10 16 255 .. 255"},
+        {power, "ucPowerMode='128'", mode, "128"},
+        {power, "ucPowerMode='3'", mode, "131"},
+        {power, "ucPowerMode='32'", mode, "160"},
+        {mirror, "ucFD_Rotate='1'", FIELD(stVideoMirror[0].ucFD_Rotate), "1"},
     };
+    T task;
     for (const Case& c : cases) {
-        Imported in;
-        std::uint32_t(&mask)[32] = in.record.stVda[0].uiFD_Mask;
-        std::fill(std::begin(mask), std::end(mask), 9);
-        in(&T::Import_Vda, "<s><stVdaPara><row_0 uiFD_Mask='" + c.text + "'/></stVdaPara></s>");
-        EXPECT_EQ(in.record.stReserveData.ucReserveData[0], 0);
-        const std::uint32_t read[] = {mask[0], mask[1], mask[2], mask[31]};
-        EXPECT_EQ(std::memcmp(read, c.entries, sizeof read), 0) << c.text;
+        const std::string row = "><r_x " + c.attributes + "/></";
+        const Element element("<s " + c.attributes + "><stVdaPara" + row +
+                              "stVdaPara><stVideoMirrorPara" + row + "stVideoMirrorPara></s>");
+        EXPECT_EQ(c.import(task, element.Get(), nullptr), c.result) << c.attributes;
+        EXPECT_EQ(c.field(task.m_stPara), c.stored) << c.attributes;
     }
 }
 
-TEST(Conversions, ReserveData) {
-    const auto import = [](const std::string& text) {
-        Imported in;
-        std::memset(&in.record.stReserveData, 0xEE, sizeof in.record.stReserveData);
-        in(&T::Import_ReserveData, "<s ucReserveData='" + text + "'/>");
-        EXPECT_EQ(in.record.stIpc.ucFD_PureNVR, 0);
-        const std::uint8_t(&data)[128] = in.record.stReserveData.ucReserveData;
-        return std::vector<int>{data[0], data[1], data[127]};
+// A refused device number and the rows of the IP cameras are printed; a row beyond the one camera
+// leaves the periods their turn, a malformed one does not.
+TEST(Conversions, Printed) {
+    T task;
+    const auto print = [&](Import import, const std::string& xml, int result) {
+        return Capture([&] { EXPECT_EQ(import(task, Element(xml).Get(), nullptr), result); }).out;
     };
-    const std::vector<int> untouched = {0xEE, 0xEE, 0xEE};
-    EXPECT_EQ(import("0aF"), (std::vector<int>{0x0A, 0xF0, 0xEE}));
-    EXPECT_EQ(import("0aFg"), untouched);
-    EXPECT_EQ(import(std::string(257, '1')), (std::vector<int>{0x11, 0x11, 0x11}));
-    EXPECT_EQ(import(std::string(258, '1')), untouched);
-}
-
-TEST(Conversions, PowerFlagsOnlyGrow) {
-    Imported in;
-    for (const auto& [text, stored] :
-         {std::pair{"128", 0x80}, {"3", 0x83}, {"32", 0xA0}, {"-1", 0xFF}, {"0", 0xE0}}) {
-        in(&T::Import_Power, "<s ucPowerMode='" + std::string(text) + "'/>");
-        EXPECT_EQ(in.record.stPower.ucPowerMode, stored);
-    }
-}
-
-// Rows are printed as they are read; a row beyond the one camera leaves the periods their turn.
-TEST(Conversions, IpCameras) {
-    Imported in;
-    int result = -1;
-    const Captured printed = Capture([&] {
-        result =
-            in(&T::Import_Ipc,
-               "<s strFD_User='u'><stChnIpc><c_0 uiFD_IP='10.0.0.9'/><c_1 uiFD_IP='x'/></stChnIpc>"
-               "<stFunTPeriod><p_0 strFD_Wday='11' other='y'/><p_06 strFD_Wday='x111111111' "
-               "strFD_StartT='junk' strFD_EndT='7'/>"
-               "</stFunTPeriod></s>");
-    });
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(printed.out, "Value: uiFD_IP=10.0.0.9\nValue: strFD_Wday=11\nValue: other=y\nValue: "
-                           "strFD_Wday=x111111111\n"
-                           "Value: strFD_StartT=junk\nValue: strFD_EndT=7\n");
-    const IpcPara& ipc = in.record.stIpc;
-    EXPECT_EQ(Text(ipc.stChnIpc[0].uiFD_IP), "10.0.0.9");
-    EXPECT_EQ(ipc.stFunTPeriod[0].strFD_Wday, 0x03);
-    EXPECT_EQ(ipc.stFunTPeriod[6].strFD_Wday, 0x7E);
-    EXPECT_EQ(ipc.stFunTPeriod[6].strFD_StartT, 0U);
-    EXPECT_EQ(ipc.stFunTPeriod[6].strFD_EndT, 7 * 3600U);
-    Capture([&] {
-        EXPECT_EQ(in(&T::Import_Ipc, "<s><stChnIpc><c/></stChnIpc><stFunTPeriod><p_1 "
-                                     "ucFD_Valid='1'/></stFunTPeriod></s>"),
-                  -1);
-    });
-    EXPECT_EQ(ipc.stFunTPeriod[1].ucFD_Valid, 0);
+    EXPECT_EQ(print(&T::Import_stBaseInfo, "<s strFD_DeviceNo='1234567890123456'/>", -1),
+              "CConfig_Task::Import_stBaseInfo, invalid device id:1234567890123456.\n");
+    const std::string period = "<stFunTPeriod><p_06 strFD_Wday='x11111111' other='y' "
+                               "strFD_StartT='junk' strFD_EndT='7'/></stFunTPeriod></s>";
+    EXPECT_EQ(print(&T::Import_Ipc, "<s><stChnIpc><c/></stChnIpc>" + period, -1), "");
+    EXPECT_EQ(print(&T::Import_Ipc,
+                    "<s strFD_User='u'><stChnIpc><c_0 uiFD_IP='a'/><c_1 uiFD_IP='b'/></stChnIpc>" +
+                        period,
+                    0),
+              "Value: uiFD_IP=a\nValue: strFD_Wday=x11111111\nValue: other=y\n"
+              "Value: strFD_StartT=junk\nValue: strFD_EndT=7\n");
+    const FunTPeriodPara& read = task.m_stPara.stIpc.stFunTPeriod[6];
+    EXPECT_EQ(read.strFD_Wday, 0x7E);
+    EXPECT_EQ(read.strFD_StartT, 0U);
+    EXPECT_EQ(read.strFD_EndT, 7 * 3600U);
 }
 
 } // namespace

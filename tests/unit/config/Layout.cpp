@@ -1,26 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "tests/unit/config/Layout.h"
+#include "tests/unit/config/Sections.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <sstream>
 
 namespace {
-
-template <typename T>
-std::string Bytes(T value) {
-    return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-}
-
-// Too long for every field by some characters.
-std::string LongText(int serial, std::size_t size) {
-    std::string text;
-    for (std::size_t i = 0; i < size + 3; ++i)
-        text += static_cast<char>('a' + (static_cast<std::size_t>(serial) + i) % 26);
-    return text;
-}
 
 struct Value {
     std::string text;
@@ -28,69 +16,59 @@ struct Value {
     std::size_t align = 1;
 };
 
-Value ValueOf(const std::string& type, int serial, const std::string& text, std::string stored) {
-    const auto number =
-        stored.empty() ? static_cast<std::int32_t>(static_cast<std::uint32_t>(serial) * 0x01030507U)
-                       : std::atoi(stored.c_str());
-    const std::string given = text.empty() ? std::to_string(number) : text;
+Value ValueOf(const std::string& type, unsigned serial, std::string text, std::string stored) {
     const std::size_t size = std::strtoul(type.c_str() + 1, nullptr, 10);
+    const auto raw = [](const auto& number, std::size_t width) {
+        return std::string(reinterpret_cast<const char*>(&number), width); // little-endian
+    };
     switch (type[0]) {
     case 'u':
-        if (size == 8)
-            return {given, Bytes(static_cast<std::uint8_t>(number))};
-        if (size == 16)
-            return {given, Bytes(static_cast<std::uint16_t>(number)), 2};
-        return {given, Bytes(static_cast<std::uint32_t>(number)), 4};
+        if (text.empty())
+            text = stored = std::to_string(static_cast<std::int32_t>(serial * 0x01030507));
+        return {text, raw(std::atoi(stored.c_str()), size), size};
     case 'f':
-        if (!text.empty())
-            return {text, Bytes(static_cast<float>(number)), 4};
-        return {std::to_string(serial) + ".25", Bytes(static_cast<float>(serial) + 0.25F), 4};
-    case 'n':
-        return {LongText(serial, size), std::string(size, '\0')};
+        if (text.empty())
+            text = stored = std::to_string(serial) + ".25";
+        return {text, raw(std::strtof(stored.c_str(), nullptr), 4), 4};
     case 'i':
-        return {"10.0.9." + std::to_string(serial % 256),
-                std::string("\x0a\0\x09", 3) + static_cast<char>(serial), 4};
-    case 'm': {
-        Value mask{"", "", 4};
-        for (std::size_t i = 0; i < size; ++i) {
-            mask.text += std::to_string(serial * 1000003 + static_cast<int>(i)) + ",";
-            mask.bytes +=
-                Bytes(static_cast<std::uint32_t>(serial * 1000003) + static_cast<std::uint32_t>(i));
+        return {"10.0.9." + std::to_string(serial % 256), {10, 0, 9, static_cast<char>(serial)}, 4};
+    case 'm':
+        for (std::size_t i = 0; i <= size; ++i) {
+            text += std::to_string(serial * 1000003 + i) + ",";
+            stored += raw(serial * 1000003 + i, 4);
         }
-        return mask;
-    }
-    case 'x': {
-        Value data;
+        return {text, stored.substr(0, size * 4), 4};
+    case 'x':
         for (std::size_t i = 0; i < size; ++i) {
-            data.text += "0123456789abcdef"[i / 16 % 16];
-            data.text += "0123456789ABCDEF"[i % 16];
-            data.bytes += static_cast<char>(i);
+            const char* digits = i % 2 ? "0123456789abcdef" : "0123456789ABCDEF";
+            text += {digits[i / 16], digits[i % 16]};
+            stored += raw(i, 1);
         }
-        return data;
-    }
-    default: {
-        const std::string value = text.empty() ? LongText(serial, size) : text;
-        if (stored.empty())
-            stored = value.substr(0, type[0] == 's' ? size - 1 : size);
+        return {text + "f", stored};
+    default:
+        if (text.empty()) {
+            for (std::size_t i = 0; i < size + 3; ++i)
+                text += static_cast<char>('a' + (serial + i) % 26);
+            stored = text.substr(0, type[0] == 's' ? size - 1 : type[0] == 't' ? size : 0);
+        }
         stored.resize(size, '\0');
-        return {value, stored};
-    }
+        return {text, stored};
     }
 }
 
-Layout FieldLayout(const std::string& token, int* serial) {
+Layout FieldLayout(const std::string& token, unsigned serial) {
+    static const std::map<std::string, std::string> types = {
+        {"uc", "u1"}, {"us", "u2"}, {"ui", "u4"}};
     std::istringstream parts(token);
     std::string name, type, text, stored;
-    std::getline(std::getline(std::getline(std::getline(parts, name, '/'), type, '/'), text, '/'),
-                 stored);
-    const Value value = ValueOf(type, ++*serial, text, stored);
-    Layout field;
-    field.align = value.align;
-    if (name == "-") {
-        field.bytes.assign(value.bytes.size(), kUntouched);
-        return field;
-    }
-    field.attributes = " " + name + "=\"" + value.text + "\"";
+    for (std::string* part : {&name, &type, &text, &stored})
+        std::getline(parts, *part, '/');
+    if (type.empty())
+        type = name[0] == 'f' ? "f" : types.at(name.substr(0, 2));
+    const Value value = ValueOf(type, serial, text, stored);
+    if (name == "-")
+        return {"", "", std::vector<int>(value.bytes.size(), kUntouched), value.align};
+    Layout field{" " + name + "=\"" + value.text + "\"", "", {}, value.align};
     for (const char byte : value.bytes)
         field.bytes.push_back(static_cast<std::uint8_t>(byte));
     return field;
@@ -100,19 +78,19 @@ Layout FieldLayout(const std::string& token, int* serial) {
 
 void Layout::Append(const Layout& part) {
     align = std::max(align, part.align);
-    bytes.resize((bytes.size() + part.align - 1) / part.align * part.align, kUntouched);
+    Align(part.align);
     bytes.insert(bytes.end(), part.bytes.begin(), part.bytes.end());
     attributes += part.attributes;
     children += part.children;
 }
 
-Layout BuildLayout(const std::string& schema, int* serial) {
+Layout BuildLayout(const std::string& schema, unsigned* serial) {
     Layout layout;
     std::istringstream tokens(schema);
     for (std::string token; tokens >> token;) {
         const char open = token.back();
         if (std::strchr("([{", open) == nullptr) {
-            layout.Append(FieldLayout(token, serial));
+            layout.Append(FieldLayout(token, ++*serial));
             continue;
         }
         const std::string table = token.substr(0, token.size() - 1);
@@ -131,6 +109,6 @@ Layout BuildLayout(const std::string& schema, int* serial) {
         }
         layout.children += "</" + table + ">";
     }
-    layout.Finish();
+    layout.Align(layout.align);
     return layout;
 }
