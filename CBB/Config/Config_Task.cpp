@@ -50,6 +50,18 @@ CConfig_Task::CConfig_Task() : m_stPara() {}
 
 CConfig_Task::~CConfig_Task() = default;
 
+KvTable* CConfig_Task::BufPool(std::size_t index) {
+    if (!m_stBufPool[index])
+        m_stBufPool[index].reset(KvCreate());
+    return m_stBufPool[index].get();
+}
+
+MutexHandle CConfig_Task::Mutex(std::size_t index) {
+    if (!m_hMutex[index])
+        m_hMutex[index].reset(MutexCreate());
+    return m_hMutex[index].get();
+}
+
 int CConfig_Task::ParseAddress(const char* text, std::uint32_t* address) {
     int number = 0;
     if (IsDotted(text))

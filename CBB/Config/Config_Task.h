@@ -3,8 +3,12 @@
 #pragma once
 
 #include "CBB/Config/DeviceParaRecord.h"
+#include "CBB/Util/KvTable.h"
+#include "CBB/Util/Lock.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 
 class TiXmlElement;
 
@@ -70,6 +74,25 @@ public:
 
     DeviceParaRecord m_stPara;
 
+protected:
+    // For work beside the imports, which use none of it. A pool (0, 1) or mutex (0 to 3) is created
+    // on first use and released with the object, so that a query, which needs neither, stays cheap.
+    // Null when memory is exhausted.
+    KvTable* BufPool(std::size_t index);
+    MutexHandle Mutex(std::size_t index);
+
+    CMutex m_stMutex;
+    CCondition m_stCondition;
+    int m_iMode = 3;
+
 private:
+    struct Release {
+        void operator()(KvTable* pool) const { KvDestroy(pool); }
+        void operator()(MutexHandle mutex) const { MutexDestroy(mutex); }
+    };
+
     DeviceParaRecord& Target(DeviceParaRecord* record) { return record ? *record : m_stPara; }
+
+    std::unique_ptr<pthread_mutex_t, Release> m_hMutex[4];
+    std::unique_ptr<KvTable, Release> m_stBufPool[2];
 };

@@ -147,4 +147,17 @@ TEST(Conversions, Printed) {
     EXPECT_EQ(read.strFD_EndT, 7 * 3600U);
 }
 
+// Created once each; the leak checker sees their release.
+TEST(ConfigTask, PoolsAndMutexesOnFirstUse) {
+    struct Opened : T {
+        using T::BufPool;
+        using T::Mutex;
+    } task;
+    EXPECT_NE(task.BufPool(0), task.BufPool(1));
+    EXPECT_EQ(task.BufPool(0), task.BufPool(0));
+    EXPECT_EQ(task.Mutex(3), task.Mutex(3));
+    EXPECT_EQ(pthread_mutex_trylock(task.Mutex(3)), 0);
+    EXPECT_EQ(pthread_mutex_unlock(task.Mutex(3)), 0);
+}
+
 } // namespace
