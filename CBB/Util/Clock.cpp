@@ -6,7 +6,6 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <ctime>
 
 namespace {
 
@@ -85,6 +84,11 @@ void SleepMs(uint32_t ms) {
 char* TimeText() {
     const time_t now = time(nullptr);
     return ctime(&now);
+}
+
+tm* LocalTime(time_t t, tm* local) {
+    tzset(); // localtime_r need not look at the zone again by itself
+    return localtime_r(&t, local);
 }
 
 void StopwatchStart() {

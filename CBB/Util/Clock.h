@@ -4,6 +4,7 @@
 #include <sys/time.h>
 
 #include <cstdint>
+#include <ctime>
 
 // Times come from gettimeofday(2): they follow the wall clock when it is set.
 
@@ -26,6 +27,10 @@ void SleepMs(uint32_t ms);
 
 // The present local time as ctime(3) writes it, with its newline, in ctime's static buffer.
 char* TimeText();
+
+// Fills *local with the local time in the zone that is in force now (TZ or the system's zone file
+// may have changed since the start) and returns it; null when t is beyond every calendar.
+tm* LocalTime(time_t t, tm* local);
 
 // One stopwatch for the process, without a lock.
 struct Stopwatch {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/Logger.h"
 
+#include "CBB/Util/Clock.h"
 #include "CBB/Util/DebugPrint.h"
-
-#include <dirent.h>
+#include "CBB/Util/Owners.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,7 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <memory>
 #include <vector>
 
 namespace {
@@ -30,16 +29,9 @@ constexpr int kLineNotInit = 138;
 constexpr int kLineReopenDir = 188;
 constexpr int kLineOpenDir = 194;
 
-struct DirCloser {
-    void operator()(DIR* dir) const { closedir(dir); }
-};
-using Directory = std::unique_ptr<DIR, DirCloser>;
-
 tm LocalNow() {
-    const time_t now = time(nullptr);
     tm local = {};
-    tzset(); // the recorder's zone may have been changed since the start
-    localtime_r(&now, &local);
+    LocalTime(time(nullptr), &local);
     return local;
 }
 
@@ -55,8 +47,8 @@ void RunOnPath(const std::string& command, const std::string& path) {
     [[maybe_unused]] const int rc = system(text.c_str());
 }
 
-Directory OpenOrMake(const std::string& path) {
-    Directory dir(opendir(path.c_str()));
+UniqueDir OpenOrMake(const std::string& path) {
+    UniqueDir dir(opendir(path.c_str()));
     if (dir != nullptr) {
         return dir;
     }
@@ -118,7 +110,7 @@ int Logger::Open() {
 int Logger::clearLog(int keep) {
     std::vector<std::string> names;
     {
-        const Directory dir = OpenOrMake(m_strDir);
+        const UniqueDir dir = OpenOrMake(m_strDir);
         if (dir == nullptr) {
             return -1;
         }
