@@ -2,7 +2,7 @@
 #include "CBB/Util/FileFun.h"
 
 #include "CBB/Util/Clock.h"
-#include "CBB/Util/Owners.h"
+#include "CBB/Util/Owner.h"
 
 #include <sys/stat.h>
 
@@ -16,7 +16,7 @@ int64_t FileSize(const char* path) {
 }
 
 int ReplaceContentFile(const char* path, const char* text) {
-    const UniqueFile file(fopen(path, "w+"));
+    const FilePtr file(fopen(path, "w+"));
     if (file == nullptr) {
         printf("ReplaceContentFile, fopen [%s] failed.\n", path);
         return -1;
@@ -28,7 +28,7 @@ int ReplaceContentFile(const char* path, const char* text) {
 void AppendTimestampedText(const char* path, const char* text) {
     tm now = {};
     LocalTime(time(nullptr), &now);
-    const UniqueFile file(fopen(path, "a+b"));
+    const FilePtr file(fopen(path, "a+b"));
     if (file == nullptr) {
         return;
     }
@@ -39,7 +39,7 @@ void AppendTimestampedText(const char* path, const char* text) {
 }
 
 int ReadWholeFile(void* buffer, size_t capacity, size_t* size, const char* path) {
-    const UniqueFile file(fopen(path, "rb"));
+    const FilePtr file(fopen(path, "rb"));
     if (file == nullptr) {
         return -1;
     }
@@ -58,7 +58,7 @@ int ReadWholeFile(void* buffer, size_t capacity, size_t* size, const char* path)
 }
 
 int WriteWholeFile(const void* buffer, int n, const char* path) {
-    const UniqueFile file(fopen(path, "wb+"));
+    const FilePtr file(fopen(path, "wb+"));
     if (file == nullptr) {
         printf("err while open file, fullpath=%s\n", path);
         return -1;

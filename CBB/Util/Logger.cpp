@@ -3,7 +3,7 @@
 
 #include "CBB/Util/Clock.h"
 #include "CBB/Util/DebugPrint.h"
-#include "CBB/Util/Owners.h"
+#include "CBB/Util/Owner.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -47,8 +47,8 @@ void RunOnPath(const std::string& command, const std::string& path) {
     [[maybe_unused]] const int rc = system(text.c_str());
 }
 
-UniqueDir OpenOrMake(const std::string& path) {
-    UniqueDir dir(opendir(path.c_str()));
+DirPtr OpenOrMake(const std::string& path) {
+    DirPtr dir(opendir(path.c_str()));
     if (dir != nullptr) {
         return dir;
     }
@@ -110,7 +110,7 @@ int Logger::Open() {
 int Logger::clearLog(int keep) {
     std::vector<std::string> names;
     {
-        const UniqueDir dir = OpenOrMake(m_strDir);
+        const DirPtr dir = OpenOrMake(m_strDir);
         if (dir == nullptr) {
             return -1;
         }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdio>
+#include <dirent.h>
 #include <memory>
 #include <unistd.h>
 
@@ -26,3 +27,8 @@ struct FileCloser {
     void operator()(FILE* file) const { fclose(file); }
 };
 using FilePtr = std::unique_ptr<FILE, FileCloser>;
+
+struct DirCloser {
+    void operator()(DIR* dir) const { closedir(dir); }
+};
+using DirPtr = std::unique_ptr<DIR, DirCloser>;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/SystemControl.h"
 
-#include "CBB/Util/Owners.h"
+#include "CBB/Util/Owner.h"
 
 #include <dirent.h>
 #include <sys/reboot.h>
@@ -43,7 +43,7 @@ std::string StatusName(const std::string& folder) {
     if (stat(folder.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
         return "";
     }
-    const UniqueFile file(fopen((folder + "/status").c_str(), "r"));
+    const FilePtr file(fopen((folder + "/status").c_str(), "r"));
     char line[512];
     char word[sizeof(line)];
     if (file == nullptr || fgets(line, sizeof(line), file.get()) == nullptr ||
@@ -55,7 +55,7 @@ std::string StatusName(const std::string& folder) {
 
 int LastPidNamed(const char* name) {
     int pid = kNoPid;
-    const UniqueDir proc(opendir("/proc"));
+    const DirPtr proc(opendir("/proc"));
     while (const dirent* entry = proc != nullptr ? readdir(proc.get()) : nullptr) {
         const std::string folder = entry->d_name;
         if (folder == "." || folder == "..") {
