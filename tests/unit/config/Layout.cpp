@@ -67,8 +67,8 @@ Layout FieldLayout(const std::string& token, unsigned serial) {
         type = name[0] == 'f' ? "f" : types.at(name.substr(0, 2));
     const Value value = ValueOf(type, serial, text, stored);
     if (name == "-")
-        return {"", "", std::vector<int>(value.bytes.size(), kUntouched), value.align};
-    Layout field{" " + name + "=\"" + value.text + "\"", "", {}, value.align};
+        return {"", "", std::vector<int>(value.bytes.size(), kUntouched), value.align, {}};
+    Layout field{" " + name + "=\"" + value.text + "\"", "", {}, value.align, {}};
     for (const char byte : value.bytes)
         field.bytes.push_back(static_cast<std::uint8_t>(byte));
     return field;
@@ -103,6 +103,8 @@ Layout BuildLayout(const std::string& schema, unsigned* serial) {
             Layout row = BuildLayout(fields, serial);
             const std::string name = open == '[' ? "row" : "row_" + std::to_string(i);
             layout.children += "<" + name + row.attributes + "/>";
+            if (i == count)
+                layout.tables.push_back({table, open, count, row.attributes});
             row.attributes.clear();
             if (i < count)
                 layout.Append(row);

@@ -31,6 +31,13 @@ const std::vector<Section>& Sections();
 
 constexpr int kUntouched = -1;
 
+struct Table {
+    std::string name;
+    char mark; // of the schema: ( { [
+    int count;
+    std::string attributes; // of the row too many
+};
+
 // From a schema: the element that names every attribute and the bytes that the record must then
 // hold. Texts are too long for their fields, numbers too wide, and a table has one row too many.
 struct Layout {
@@ -38,6 +45,7 @@ struct Layout {
     std::string children;
     std::vector<int> bytes; // kUntouched where nothing may be written
     std::size_t align = 1;
+    std::vector<Table> tables;
 
     void Align(std::size_t to) { bytes.resize((bytes.size() + to - 1) / to * to, kUntouched); }
     void Append(const Layout& part);

@@ -2,9 +2,9 @@
 // Every section of the record, whole.
 #include "tests/unit/config/Sections.h"
 
+#include <algorithm>
 #include <cstring>
 #include <gtest/gtest.h>
-#include <regex>
 
 namespace {
 
@@ -41,7 +41,9 @@ TEST(Sections, EveryFieldAndNoOtherByte) {
         const std::size_t offset = whole.bytes.size();
         whole.Append(part);
         const std::string xml = "<s" + part.attributes + ">" + part.children + "</s>";
-        const std::string otherCase = std::regex_replace(xml, std::regex("FD_"), "fd_");
+        std::string otherCase = xml;
+        for (std::size_t at = 0; (at = otherCase.find("FD_", at)) != std::string::npos;)
+            otherCase.replace(at, 3, "fd_");
         ExpectImport(section, xml, 0, kPatterns[0], part, offset);
         ExpectImport(section, otherCase, 0, kPatterns[1], part, offset);
     }
@@ -57,27 +59,22 @@ TEST(Sections, NothingIsRead) {
     };
     constexpr Case cases[] = {
         {"({", "r", -1}, {"({", "r_", -1}, {"(", "r_10", -1}, {"(", "r_-1", -1}, {"{", "r_-1", 0}};
-    // Table, mark, count, first field.
-    const std::regex start("(\\w+)([([{])\\s+(\\d+)\\s+(\\w+)");
-    int tables = 0;
+    unsigned serial = 0;
+    std::size_t tables = 0;
     for (const Section& section : Sections()) {
         ExpectImport(section, "", -1, kPatterns[0]);
         ExpectImport(section, "<s><other><row_0/></other></s>", 0, kPatterns[0]);
-        for (std::sregex_iterator found(section.schema.begin(), section.schema.end(), start), end;
-             found != end; ++found, ++tables) {
-            const auto& match = *found;
-            const std::string name = match[1], attribute = " " + match[4].str() + "='1'/>";
-            const std::string ending = "<r_" + match[3].str() + attribute;
+        const Layout layout = BuildLayout(section.schema, &serial);
+        tables += layout.tables.size();
+        for (const Table& table : layout.tables) {
+            const auto xml = [&](const std::string& name, const std::string& row) {
+                return "<s><" + name + "><" + row + table.attributes + "/><r_" +
+                       std::to_string(table.count) + table.attributes + "/></" + name + "></s>";
+            };
             for (const Case& c : cases)
-                if (std::strstr(c.tables, match[2].str().c_str()))
-                    ExpectImport(section,
-                                 "<s><" + name + "><" + c.row + attribute + ending + "</" + name +
-                                     "></s>",
-                                 c.result, kPatterns[0]);
-            const std::string otherCase = "S" + name.substr(1);
-            ExpectImport(section,
-                         "<s><" + otherCase + "><r_0" + attribute + "</" + otherCase + "></s>", 0,
-                         kPatterns[0]);
+                if (std::strchr(c.tables, table.mark))
+                    ExpectImport(section, xml(table.name, c.row), c.result, kPatterns[0]);
+            ExpectImport(section, xml("S" + table.name.substr(1), "r_0"), 0, kPatterns[0]);
         }
     }
     EXPECT_EQ(tables, 14);
