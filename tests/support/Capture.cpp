@@ -48,17 +48,22 @@ Captured Capture(const std::function<void()>& body) {
     return {out.Text(), err.Text(), 0};
 }
 
+int RunInChild(const std::function<int()>& body) {
+    fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        const int result = body();
+        fflush(nullptr);
+        _exit(result);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    return status;
+}
+
 Captured CaptureInChild(const std::function<int()>& body) {
     int status = -1;
-    Captured captured = Capture([&] {
-        const pid_t child = fork();
-        if (child == 0) {
-            const int result = body();
-            fflush(nullptr);
-            _exit(result);
-        }
-        waitpid(child, &status, 0);
-    });
+    Captured captured = Capture([&] { status = RunInChild(body); });
     captured.status = status;
     return captured;
 }

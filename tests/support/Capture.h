@@ -7,13 +7,16 @@
 struct Captured {
     std::string out;
     std::string err;
-    int status = 0; // of CaptureInChild: as waitpid(2) tells it
+    int status = 0; // of CaptureInChild
 };
 
 // Runs `body` and returns what reached descriptors 1 and 2 meanwhile, through stdio, write(2) or a
 // child that has ended.
 Captured Capture(const std::function<void()>& body);
 
-// The same in a forked child, which ends with what `body` returns: for what ends its process or
-// marks it for good.
+// Runs `body` in a forked child, which ends with what it returns: for what ends its process or
+// marks it for good. The status is waitpid(2)'s.
+int RunInChild(const std::function<int()>& body);
+
+// Both.
 Captured CaptureInChild(const std::function<int()>& body);

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/Util/MyPing.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sched.h>
+#include <unistd.h>
+
+#include "tests/support/Capture.h"
+#include "tests/support/Sandbox.h"
+
+namespace {
+
+// PingHost in a process of that id, in a namespace where every id is free: 0 for `result`.
+int PingAs(pid_t pid, const char* host, int result) {
+    return unshare(CLONE_NEWPID) != 0 ? 1 : RunInChild([&] {
+        std::ofstream("/proc/sys/kernel/ns_last_pid") << pid - 1 << std::flush;
+        return RunInChild([&] { return getpid() == pid && PingHost(host) == result ? 0 : 1; });
+    });
+}
+
+TEST(Ping, ReportTellsWhetherTheHostAnswers) {
+    std::string error;
+    ASSERT_TRUE(EnterSandbox(&error)) << error;
+    ReplaceFile("/etc/hosts", "192.168.50.1 peer.test\n");
+    ReplaceFile("/etc/resolv.conf", "nameserver 127.0.0.1\n");
+    const std::string sent = "): 56 bytes data in ICMP packets.\nsend_packet ok\n";
+    const std::string title = "\n--------------------PING statistics-------------------\n";
+    const std::string lost = title + "1 packets transmitted, 0 received , %100 lost\n";
+    const std::string answered = sent +
+                                 "recv_packet ok.\n64 byte from 192.168.50.1: icmp_seq=1 "
+                                 "ttl=64 rtt=# ms\n" +
+                                 title + "1 packets transmitted, 1 received , %0 lost\n";
+    const struct {
+        pid_t pid;
+        const char* host;
+        std::string out;
+        const char* err = "";
+        int result = -1;
+    } rows[] = {
+        {300, "192.168.50.1", "PING 192.168.50.1(192.168.50.1" + answered},
+        {65535, "peer.test", "PING peer.test(192.168.50.1" + answered},
+        {65538, "192.168.50.1",
+         "PING 192.168.50.1(192.168.50.1" + sent + "recv_packet ok.\n" + lost},
+        {300, "192.168.50.9", "PING 192.168.50.9(192.168.50.9" + sent + lost},
+        {300, "10.1.1.1", "PING 10.1.1.1(10.1.1.1): 56 bytes data in ICMP packets.\n" + lost,
+         "sendto error"},
+        {300, "nowhere.test", "", "gethostbyname error", 0},
+    };
+    for (const auto& row : rows) {
+        Captured ping;
+        int attempts = 0;
+        do { // on a busy machine the answer may come too late, and then counts as lost
+            ping = CaptureInChild([&] { return PingAs(row.pid, row.host, row.result); });
+            if (const size_t time = ping.out.find("rtt="); time != std::string::npos)
+                ping.out.replace(time, ping.out.find(" ms", time) - time, "rtt=#");
+        } while (ping.out != row.out && ++attempts < 20);
+        EXPECT_EQ(ping.out, row.out);
+        EXPECT_EQ(ping.err.substr(0, ping.err.find(':')), row.err);
+        EXPECT_EQ(ping.status, 0) << row.host;
+    }
+}
+
+TEST(Ping, MalformedRepliesAreRejected) {
+    const std::string tooShort = "ICMP packets's length is less than 8";
+    const auto parse = [](int length, unsigned char header) {
+        // Of exactly that size, so that a read past the end is found.
+        const auto bytes = std::make_unique<unsigned char[]>(static_cast<size_t>(length));
+        if (length > 0)
+            bytes[0] = header;
+        CMyPing ping;
+        return Capture([&] { ping.ParseReply(bytes.get(), length); }).out.substr(0, 36);
+    };
+    EXPECT_EQ(parse(0, 0), tooShort);
+    EXPECT_EQ(parse(1, 0x45), tooShort);
+    EXPECT_EQ(parse(27, 0x45), tooShort);
+    EXPECT_EQ(parse(40, 0x4f), tooShort);
+    EXPECT_EQ(parse(35, 0x45), "");
+    EXPECT_EQ(parse(36, 0x45), "16 byte from 0.0.0.0: icmp_seq=0 ttl");
+    EXPECT_EQ(parse(16, 0x00), "16 byte from 0.0.0.0: icmp_seq=0 ttl");
+}
+
+TEST(Ping, Checksum) {
+    EXPECT_EQ(CMyPing::Checksum("\x00\x01\xf2\x03\xf4\xf5\xf6\xf7", 8),
+              0x0d22); // RFC 1071, swapped
+    EXPECT_EQ(CMyPing::Checksum("\x01\x02\x03", 3), 0xfdfb);
+}
+
+} // namespace
