@@ -3,6 +3,7 @@
 
 #include "CBB/Config/FieldConvert.h"
 #include "CBB/Util/HexText.h"
+#include "CBB/Util/TextFun.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
@@ -31,19 +32,6 @@ bool IsDotted(const char* text) {
     return dots == 3;
 }
 
-bool ReadHexadecimal(const char* text, int* value) {
-    if (text[0] != '0' || (text[1] != 'x' && text[1] != 'X') || text[2] == '\0')
-        return false;
-    const char* digits = text + 2;
-    return HexTextToInt(digits, static_cast<int>(std::strlen(digits)), value) == 0;
-}
-
-bool IsDecimal(const char* text) {
-    if (*text == '-')
-        ++text;
-    return text[std::strspn(text, "0123456789")] == '\0';
-}
-
 } // namespace
 
 CConfig_Task::CConfig_Task() : m_stPara() {}
@@ -63,14 +51,16 @@ MutexHandle CConfig_Task::Mutex(std::size_t index) {
 }
 
 int CConfig_Task::ParseAddress(const char* text, std::uint32_t* address) {
-    int number = 0;
-    if (IsDotted(text))
+    if (IsDotted(text)) {
         *address = inet_addr(text);
-    else if (ReadHexadecimal(text, &number))
+    } else if (IsHexText(text)) {
+        int number = 0;
+        HexTextToInt(text + 2, static_cast<int>(std::strlen(text + 2)), &number);
         *address = static_cast<std::uint32_t>(number);
-    else if (IsDecimal(text))
+    } else if (IsIntegerText(text)) {
         *address = static_cast<std::uint32_t>(ToInt(text));
-    else
+    } else {
         return -1;
+    }
     return 0;
 }

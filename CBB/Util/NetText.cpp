@@ -45,7 +45,7 @@ bool ParseRoute(std::string_view line, int fields, RouteRow* row) {
     uint32_t unused;
     uint32_t* const values[] = {&row->uiDst, &row->uiGateway, &row->uiFlags, &unused, &unused,
                                 &unused,     &row->uiMask,    &unused,       &unused, &unused};
-    return std::all_of(values, values + fields - 1,
+    return std::all_of(values, values + (fields - 1),
                        [&](uint32_t* value) { return ParseHex(TakeToken(&line, kBlank), value); });
 }
 

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: GPL-2.0-only
+// The first byte picks a block of the record ('A' the first), the rest is its section's XML text.
+#include "tests/unit/config/Sections.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size == 0)
+        return 0;
+    const Section& section = Sections()[static_cast<uint8_t>(data[0] - 'A') % Sections().size()];
+    const Element element(std::string(data + 1, data + size));
+    if (!section.import)
+        return 0;
+    CConfig_Task task;
+    const auto record = std::make_unique<DeviceParaRecord>();
+    const int result = section.import(task, element.Get(), record.get());
+    if (result < -1 || result > 1)
+        __builtin_trap();
+    return 0;
+}
