@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#pragma once
+
+// The real daemon, in a private network, from a folder of its own.
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+class Daemon {
+public:
+    // Copies the executable to `folder`/webctrl and starts it there.
+    explicit Daemon(const std::string& folder, const std::vector<std::string>& options = {});
+    ~Daemon(); // ends it
+    Daemon(const Daemon&) = delete;
+    Daemon& operator=(const Daemon&) = delete;
+
+    // Waits until its output, standard output and error together, has `count` times `text`; fails
+    // the test after 10 s.
+    void WaitFor(const std::string& text, int count = 1);
+    std::string Output() const;
+    int Descriptors() const;
+    // Whether it comes to have that many descriptors within 5 s: closing takes the server a moment.
+    bool SettlesAt(int descriptors) const;
+    // Waits for its end: the exit status, or -1 after a signal.
+    int Wait();
+    pid_t Pid() const { return m_pid; }
+
+private:
+    std::string m_log;
+    pid_t m_pid = -1;
+};
+
+// How often `part` stands in `text`.
+int Count(const std::string& text, const std::string& part);
+
+// A private network with a folder that is gone afterwards and, once asked for, a daemon that
+// serves `Folder()/web_root` on port 80.
+class SystemTest : public ::testing::Test {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    const std::string& Folder() const { return m_folder; }
+    // Writes a file below the web root.
+    void WriteFile(const std::string& name, const std::string& content);
+    // Starts the daemon and waits until it listens.
+    Daemon& Start(const std::vector<std::string>& options = {});
+    Daemon& Running() { return *m_daemon; }
+
+private:
+    std::string m_folder;
+    std::unique_ptr<Daemon> m_daemon;
+};

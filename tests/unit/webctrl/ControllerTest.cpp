@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/WebCtrl/WebCtrl.h"
+
+#include <functional>
+#include <gtest/gtest.h>
+#include <string>
+
+#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "tests/support/Capture.h"
+#include "tests/support/Sandbox.h"
+
+namespace {
+
+std::string CaptureStdout(const std::function<void()>& body) {
+    return Capture(body).out;
+}
+
+TEST(Controller, IsOneObjectThatTakesItsAddressCut) {
+    CWebCtrl* controller = CWebCtrl::GetInstance();
+    EXPECT_EQ(controller, CWebCtrl::GetInstance());
+    EXPECT_EQ(controller->DestinationPort(), 6000);
+    const std::string longIp(40, '1');
+    EXPECT_EQ(CaptureStdout([&] { EXPECT_EQ(controller->Init(longIp.c_str(), 6001), 0); }),
+              "CWebCtrl::Init, ip:" + longIp + ", port:6001.\n");
+    EXPECT_EQ(controller->DestinationIp(), longIp.substr(0, 31));
+    EXPECT_EQ(controller->SetCtrlAddr("192.0.2.7", 6002), 0);
+    EXPECT_STREQ(controller->DestinationIp(), "192.0.2.7");
+    EXPECT_EQ(controller->DestinationPort(), 6002);
+}
+
+// Start, a second Start, the restored address, and Stop once the server has ended by itself.
+TEST(Controller, StartsAgainAfterTheServerEnded) {
+    std::string error;
+    ASSERT_TRUE(EnterSandbox(&error)) << error;
+    CWebCtrl controller;
+    const auto start = [&] {
+        return CaptureStdout([&] { EXPECT_EQ(controller.Start("/nowhere/web_root"), 0); });
+    };
+    CaptureStdout([&] { controller.Init("127.0.0.1", 6000); });
+    controller.SetWebPort(80);
+    for (int round = 0; round < 2; ++round) {
+        const std::string first = start();
+        EXPECT_EQ(first.find("already started"), std::string::npos);
+        EXPECT_EQ(controller.Stop(), 0);
+    }
+    controller.SetCtrlAddr("192.0.2.7", 6000);
+    EXPECT_EQ(controller.Restart(), 0);
+    EXPECT_STREQ(controller.DestinationIp(), "127.0.0.1");
+    EXPECT_EQ(controller.Stop(), 0);
+}
+
+TEST(ControlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
+    std::string error;
+    ASSERT_TRUE(EnterSandbox(&error)) << error;
+    CUdpCtrlSocket sock("255.255.255.255", 6000, 1, "lo");
+    EXPECT_EQ(CaptureStdout([&] {
+                  EXPECT_EQ(sock.OpenCtrlSocket(), 0);
+              }).find("CUdpCtrlSocket::OpenCtrlSocket already created socket:"),
+              0u);
+    Shell("ip link del eth0");
+    EXPECT_EQ(CaptureStdout([&] { EXPECT_EQ(sock.SendDataToHost("x", 1), -1); }),
+              "CUdpCtrlSocket::SendDataToHost, get IfBrdAddr failed.\n");
+    sock.CloseCtrlSocket();
+
+    CUdpCtrlSocket closed("127.0.0.1", 6000, 1, "eth0");
+    closed.CloseCtrlSocket();
+    const std::string printed = CaptureStdout([&] {
+        EXPECT_EQ(closed.SendDataToHost("text", 4), -1);
+        char out[1025];
+        int outLen = 0;
+        EXPECT_EQ(closed.RecvDataFromHost(out, &outLen), -1);
+    });
+    EXPECT_EQ(printed, "CUdpCtrlSocket::SendData2Wifi, send data to [0x100007f:6000][len:4], "
+                       "msg:text, failed, err:Bad file descriptor.\n"
+                       "CUdpCtrlSocket::RecvDataFromHost , get net ctrl select failed!\n");
+}
+
+} // namespace
