@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kReceiveBuffer = 51200;
 // A host that does not answer at once counts as lost.
-constexpr timespec kReplyWait = {0, 500 * 1000};
+constexpr timespec kReplyWait = {0, 500'000};
 constexpr int kTtlOffset = 8;
 
 // The start of the packet as it travels; padding follows.

@@ -134,7 +134,7 @@ int GetIfInfo(const char* name, NetIfInfo* info) {
 int IsIfRunning(const char* name) {
     if (name == nullptr)
         return 0;
-    pthread_mutex_trylock(&g_stNetToolLock); // never released, on purpose
+    (void)pthread_mutex_trylock(&g_stNetToolLock); // never released, on purpose
     const CDescriptor sock(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ifreq request = RequestFor(name);
     if (sock.Get() < 0 || ioctl(sock.Get(), SIOCGIFFLAGS, &request) != 0)

@@ -42,11 +42,15 @@ bool ParseRoute(std::string_view line, int fields, RouteRow* row) {
     if (name.empty())
         return false;
     CopyText(row->szIfName, name);
-    uint32_t unused;
-    uint32_t* const values[] = {&row->uiDst, &row->uiGateway, &row->uiFlags, &unused, &unused,
-                                &unused,     &row->uiMask,    &unused,       &unused, &unused};
-    return std::all_of(values, values + (fields - 1),
-                       [&](uint32_t* value) { return ParseHex(TakeToken(&line, kBlank), value); });
+    uint32_t columns[11] = {}; // the name's own stays empty
+    for (int i = 1; i < fields; ++i)
+        if (!ParseHex(TakeToken(&line, kBlank), &columns[i]))
+            return false;
+    row->uiDst = columns[1];
+    row->uiGateway = columns[2];
+    row->uiFlags = columns[3];
+    row->uiMask = columns[7];
+    return true;
 }
 
 } // namespace

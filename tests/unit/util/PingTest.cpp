@@ -28,25 +28,24 @@ TEST(Ping, ReportTellsWhetherTheHostAnswers) {
     const std::string sent = "): 56 bytes data in ICMP packets.\nsend_packet ok\n";
     const std::string title = "\n--------------------PING statistics-------------------\n";
     const std::string lost = title + "1 packets transmitted, 0 received , %100 lost\n";
-    const std::string answered = sent +
-                                 "recv_packet ok.\n64 byte from 192.168.50.1: icmp_seq=1 "
-                                 "ttl=64 rtt=# ms\n" +
-                                 title + "1 packets transmitted, 1 received , %0 lost\n";
+    const std::string reply = "64 byte from 192.168.50.1: icmp_seq=1 ttl=64 rtt=# ms\n";
+    const std::string answered = sent + "recv_packet ok.\n" + reply + title +
+                                 "1 packets transmitted, 1 received , %0 lost\n";
     const struct {
         pid_t pid;
+        int result;
         const char* host;
         std::string out;
         const char* err = "";
-        int result = -1;
     } rows[] = {
-        {300, "192.168.50.1", "PING 192.168.50.1(192.168.50.1" + answered},
-        {65535, "peer.test", "PING peer.test(192.168.50.1" + answered},
-        {65538, "192.168.50.1",
+        {300, -1, "192.168.50.1", "PING 192.168.50.1(192.168.50.1" + answered},
+        {65535, -1, "peer.test", "PING peer.test(192.168.50.1" + answered},
+        {65538, -1, "192.168.50.1",
          "PING 192.168.50.1(192.168.50.1" + sent + "recv_packet ok.\n" + lost},
-        {300, "192.168.50.9", "PING 192.168.50.9(192.168.50.9" + sent + lost},
-        {300, "10.1.1.1", "PING 10.1.1.1(10.1.1.1): 56 bytes data in ICMP packets.\n" + lost,
+        {300, -1, "192.168.50.9", "PING 192.168.50.9(192.168.50.9" + sent + lost},
+        {300, -1, "10.1.1.1", "PING 10.1.1.1(10.1.1.1): 56 bytes data in ICMP packets.\n" + lost,
          "sendto error"},
-        {300, "nowhere.test", "", "gethostbyname error", 0},
+        {300, 0, "nowhere.test", "", "gethostbyname error"},
     };
     for (const auto& row : rows) {
         Captured ping;
@@ -82,8 +81,8 @@ TEST(Ping, MalformedRepliesAreRejected) {
 }
 
 TEST(Ping, Checksum) {
-    EXPECT_EQ(CMyPing::Checksum("\x00\x01\xf2\x03\xf4\xf5\xf6\xf7", 8),
-              0x0d22); // RFC 1071, swapped
+    const unsigned char words[] = {0x00, 0x01, 0xf2, 0x03, 0xf4, 0xf5, 0xf6, 0xf7}; // of RFC 1071
+    EXPECT_EQ(CMyPing::Checksum(words, 8), 0x0d22);
     EXPECT_EQ(CMyPing::Checksum("\x01\x02\x03", 3), 0xfdfb);
 }
 
