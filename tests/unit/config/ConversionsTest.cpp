@@ -42,6 +42,13 @@ std::string Show(const Number (&array)[N]) {
            Show(array[N - 1]);
 }
 
+// A section whose own element and whose tables' rows all carry the attributes.
+std::string Everywhere(const std::string& attributes) {
+    const std::string row = "><r_x " + attributes + "/></";
+    return "<s " + attributes + "><stVdaPara" + row + "stVdaPara><stVideoMirrorPara" + row +
+           "stVideoMirrorPara></s>";
+}
+
 struct Case {
     Import import;
     std::string attributes;
@@ -115,9 +122,7 @@ TEST(Conversions, Fields) {
     };
     T task;
     for (const Case& c : cases) {
-        const std::string row = "><r_x " + c.attributes + "/></";
-        const Element element("<s " + c.attributes + "><stVdaPara" + row +
-                              "stVdaPara><stVideoMirrorPara" + row + "stVideoMirrorPara></s>");
+        const Element element(Everywhere(c.attributes));
         EXPECT_EQ(c.import(task, element.Get(), nullptr), c.result) << c.attributes;
         EXPECT_EQ(c.field(task.m_stPara), c.stored) << c.attributes;
     }
@@ -132,8 +137,9 @@ TEST(Conversions, Printed) {
     };
     EXPECT_EQ(print(&T::Import_stBaseInfo, "<s strFD_DeviceNo='1234567890123456'/>", -1),
               "CConfig_Task::Import_stBaseInfo, invalid device id:1234567890123456.\n");
-    const std::string period = "<stFunTPeriod><p_06 strFD_Wday='x11111111' other='y' "
-                               "strFD_StartT='junk' strFD_EndT='7'/></stFunTPeriod></s>";
+    const std::string period =
+        "<stFunTPeriod><p_-1 ucFD_Valid='1'/><p_06 strFD_Wday='x11111111' other='y' "
+        "strFD_StartT='junk' strFD_EndT='7'/></stFunTPeriod></s>";
     EXPECT_EQ(print(&T::Import_Ipc, "<s><stChnIpc><c/></stChnIpc>" + period, -1), "");
     EXPECT_EQ(print(&T::Import_Ipc,
                     "<s strFD_User='u'><stChnIpc><c_0 uiFD_IP='a'/><c_1 uiFD_IP='b'/></stChnIpc>" +

@@ -34,8 +34,9 @@ Value ValueOf(const std::string& type, unsigned serial, std::string text, std::s
         return {"10.0.9." + std::to_string(serial % 256), {10, 0, 9, static_cast<char>(serial)}, 4};
     case 'm':
         for (std::size_t i = 0; i <= size; ++i) {
-            text += std::to_string(serial * 1000003 + i) + ",";
-            stored += raw(serial * 1000003 + i, 4);
+            const std::size_t entry = std::size_t{serial} * 1000003 + i;
+            text += std::to_string(entry) + ",";
+            stored += raw(entry, 4);
         }
         return {text, stored.substr(0, size * 4), 4};
     case 'x':
