@@ -42,89 +42,82 @@ std::string Show(const Number (&array)[N]) {
            Show(array[N - 1]);
 }
 
-// A section whose own element and whose tables' rows all carry the attributes.
-std::string Everywhere(const std::string& attributes) {
-    const std::string row = "><r_x " + attributes + "/></";
-    return "<s " + attributes + "><stVdaPara" + row + "stVdaPara><stVideoMirrorPara" + row +
-           "stVideoMirrorPara></s>";
-}
+#define FIELD(path) [](const DeviceParaRecord& record) { return Show(record.path); }
 
-struct Case {
+struct Group {
     Import import;
-    std::string attributes;
+    std::string attribute; // none: the texts of the cases are whole attributes
     std::string (*field)(const DeviceParaRecord&);
-    std::string stored;
-    int result = 0;
+    struct {
+        std::string text;
+        std::string stored;
+        int result = 0;
+    } cases[8];
 };
 
-#define FIELD(path) [](const DeviceParaRecord& record) { return Show(record.path); }
+// In the section's element and in rows of its tables: what is none of a place's fields is passed
+// over.
+std::string Everywhere(const std::string& name, const std::string& text) {
+    const std::string attribute = name.empty() ? text : name + "='" + text + "'";
+    return "<s " + attribute + "><stVdaPara><r_x " + attribute +
+           "/></stVdaPara><stVideoMirrorPara><r_x " + attribute + "/></stVideoMirrorPara></s>";
+}
 
 // One record throughout: each case finds what those before it left.
 TEST(Conversions, Fields) {
     using namespace std::placeholders;
     const Import vehicle = std::bind(&T::Import_VehicleInfo, _1, _2, _3, 1, true);
-    const Import base = &T::Import_stBaseInfo, sub = &T::Import_SubStream,
-                 gSensor = &T::Import_GSensor, display = &T::Import_stDisplay,
-                 status = &T::Import_stSystemInfo, vda = &T::Import_Vda,
-                 reserve = &T::Import_ReserveData, power = &T::Import_Power,
-                 mirror = &T::Import_stVideoMirror;
-    const auto code = FIELD(stVehicleInfo[1].strFD_Authentication);
-    const auto revision = FIELD(stSystemInfo.ATI);
-    const auto mask = FIELD(stVda[0].uiFD_Mask);
-    const auto data = FIELD(stReserveData.ucReserveData);
-    const auto mode = FIELD(stPower.ucPowerMode);
-    const std::string r63(63, 'r');
-    const std::string f257(257, 'f');
-    const Case cases[] = {
-        {sub, "ucFD_Quality='300'", FIELD(stSubStream.ucFD_Quality), "44"},
-        {sub, "ucFD_Quality='-1'", FIELD(stSubStream.ucFD_Quality), "255"},
-        {sub, "ucFD_Quality='x'", FIELD(stSubStream.ucFD_Quality), "0"},
-        {sub, "uiFD_BitRate=' 12abc'", FIELD(stSubStream.uiFD_BitRate), "12"},
-        {gSensor, "fFD_X='1e999'", FIELD(stGSensor.fFD_X), Show(FLT_MAX)},
-        {gSensor, "fFD_X='-1e39'", FIELD(stGSensor.fFD_X), Show(-FLT_MAX)},
-        {gSensor, "fFD_X='nan'", FIELD(stGSensor.fFD_X), Show(0.0F)},
-        {gSensor, "RECALIBRATE='0' fFD_X='2'", FIELD(stGSensor.fFD_X), Show(2.0F), 1},
-        {display, "strLanguage='long'", FIELD(stDisplay.strLanguage), "lon"},
-        {display, "strLanguage='c'", FIELD(stDisplay.strLanguage), "c"},
-        {base, "ucFD_GpsMode='7' strFD_DeviceNo='1234'", FIELD(stBaseInfo.ucFD_GpsMode), "7", -1},
-        {base, "strFD_DeviceNo='1234567890123' ucFD_GpsMode='8'", FIELD(stBaseInfo.ucFD_GpsMode),
-         "7", -1},
-        {base, "strFD_DeviceNo='12345'", FIELD(stBaseInfo.strFD_DeviceNo), "12345"},
-        {status, "DeviceNo='1234'", FIELD(stSystemInfo.DeviceNo), "1234"},
-        {status, "ATI='M&#13;&#10;Revision: X1&#13;&#10;I: 2&#13;&#10;OK'", revision, " X1"},
-        {status, "ATI='no such label'", revision, ""},
-        {status, "ATI='Revision:" + r63 + "r&#13;&#10;'", revision, r63},
-        {status, "ATI='Revision:a&#10;b'", revision, "a\nb"},
-        {vehicle, "strFD_TerminalID='a' strFD_Authentication='new'", code, ""},
-        {vehicle, "strFD_TerminalID='a' strFD_Authentication='kept'", code, "kept"},
-        {vehicle, "strFD_CarVIN='1' strFD_DeviceNum=''", code, "kept"},
-        {vehicle, "strFD_FacturerID='1234567890123456789'", code, ""},
-        {vehicle, "strFD_FacturerID='1234567890123456789' strFD_Authentication='kept'", code,
-         "kept"},
-        {vehicle, "strFD_FacturerID='12345678901234567890'", code, ""},
-        {vehicle, "strFD_Authentication='kept' strFD_TerminalType='t' STRFD_TERMINALTYPE=''", code,
-         ""},
-        {vehicle, "strFD_Authentication='kept' strFD_DeviceNum='n'", code, ""},
-        {vehicle, "strFD_Phonenumber='5'", FIELD(stVehicleInfo[1].strFD_Phonenumber), ""},
-        {vda, "uiFD_Mask='1,2,3'", mask, "1 2 0 .. 0"},
-        {vda, "uiFD_Mask='4,5,6,'", mask, "4 5 6 .. 0"},
-        {vda, "uiFD_Mask='7,0000000000000008,'", mask, "7 8 6 .. 0"},
-        {vda, "uiFD_Mask='9,00000000000000009,9,'", mask, "9 8 6 .. 0"},
-        {vda, "uiFD_Mask=',-1,'", mask, "0 4294967295 6 .. 0"},
-        {reserve, "ucReserveData='" + f257 + "'", data, "255 255 255 .. 255"},
-        {reserve, "ucReserveData='0a1'", data, "10 16 255 .. 255"},
-        {reserve, "ucReserveData='0b0b0g'", data, "10 16 255 .. 255"},
-        {reserve, "ucReserveData='0" + f257 + "'", data, "10 16 255 .. 255"},
-        {power, "ucPowerMode='128'", mode, "128"},
-        {power, "ucPowerMode='3'", mode, "131"},
-        {power, "ucPowerMode='32'", mode, "160"},
-        {mirror, "ucFD_Rotate='1'", FIELD(stVideoMirror[0].ucFD_Rotate), "1"},
+    const std::string r63(63, 'r'), f257(257, 'f'), lf = "&#13;&#10;";
+    // clang-format off
+    const Group groups[] = {
+        {&T::Import_SubStream, "ucFD_Quality", FIELD(stSubStream.ucFD_Quality),
+         {{"300", "44"}, {"-1", "255"}, {"x", "0"}, {" 12abc", "12"}}},
+        {&T::Import_GSensor, "fFD_X", FIELD(stGSensor.fFD_X),
+         {{"1e999", Show(FLT_MAX)}, {"-1e39", Show(-FLT_MAX)}, {"nan", Show(0.0F)}}},
+        {&T::Import_GSensor, "", FIELD(stGSensor.fFD_X),
+         {{"RECALIBRATE='0' fFD_X='2'", Show(2.0F), 1}}},
+        {&T::Import_stDisplay, "strLanguage", FIELD(stDisplay.strLanguage),
+         {{"long", "lon"}, {"c", "c"}}},
+        {&T::Import_stBaseInfo, "", FIELD(stBaseInfo.ucFD_GpsMode),
+         {{"ucFD_GpsMode='7' strFD_DeviceNo='1234'", "7", -1},
+          {"strFD_DeviceNo='1234567890123' ucFD_GpsMode='8'", "7", -1},
+          {"strFD_DeviceNo='12345' ucFD_GpsMode='9'", "9"}}},
+        {&T::Import_stSystemInfo, "DeviceNo", FIELD(stSystemInfo.DeviceNo), {{"1234", "1234"}}},
+        {&T::Import_stSystemInfo, "ATI", FIELD(stSystemInfo.ATI),
+         {{"M" + lf + "Revision: X1" + lf + "I: 2" + lf + "OK", " X1"}, {"no such label", ""},
+          {"Revision:" + r63 + "r" + lf, r63}, {"Revision:a&#10;b", "a\nb"}}},
+        {vehicle, "", FIELD(stVehicleInfo[1].strFD_Authentication),
+         {{"strFD_TerminalID='a' strFD_Authentication='new'", ""},
+          {"strFD_TerminalID='a' strFD_Authentication='kept'", "kept"},
+          {"strFD_CarVIN='1' strFD_DeviceNum=''", "kept"},
+          {"strFD_FacturerID='1234567890123456789'", ""},
+          {"strFD_FacturerID='1234567890123456789' strFD_Authentication='kept'", "kept"},
+          {"strFD_FacturerID='12345678901234567890'", ""},
+          {"strFD_Authentication='x' strFD_TerminalType='t' STRFD_TERMINALTYPE=''", ""},
+          {"strFD_Authentication='x' strFD_DeviceNum='n'", ""}}},
+        {vehicle, "strFD_Phonenumber", FIELD(stVehicleInfo[1].strFD_Phonenumber), {{"5", ""}}},
+        {&T::Import_Vda, "uiFD_Mask", FIELD(stVda[0].uiFD_Mask),
+         {{"1,2,3", "1 2 0 .. 0"}, {"4,5,6,", "4 5 6 .. 0"},
+          {"7,0000000000000008,", "7 8 6 .. 0"}, {"9,00000000000000009,9,", "9 8 6 .. 0"},
+          {",-1,", "0 4294967295 6 .. 0"}}},
+        {&T::Import_ReserveData, "ucReserveData", FIELD(stReserveData.ucReserveData),
+         {{f257, "255 255 255 .. 255"}, {"0a1", "10 16 255 .. 255"},
+          {"0b0b0g", "10 16 255 .. 255"}, {"0" + f257, "10 16 255 .. 255"}}},
+        {&T::Import_Power, "ucPowerMode", FIELD(stPower.ucPowerMode),
+         {{"128", "128"}, {"3", "131"}, {"32", "160"}}},
+        {&T::Import_stVideoMirror, "ucFD_Rotate", FIELD(stVideoMirror[0].ucFD_Rotate), {{"1", "1"}}},
     };
+    // clang-format on
     T task;
-    for (const Case& c : cases) {
-        const Element element(Everywhere(c.attributes));
-        EXPECT_EQ(c.import(task, element.Get(), nullptr), c.result) << c.attributes;
-        EXPECT_EQ(c.field(task.m_stPara), c.stored) << c.attributes;
+    for (const Group& group : groups) {
+        for (const auto& c : group.cases) {
+            if (c.text.empty())
+                break;
+            const std::string xml = Everywhere(group.attribute, c.text);
+            const Element element(xml);
+            EXPECT_EQ(group.import(task, element.Get(), nullptr), c.result) << xml;
+            EXPECT_EQ(group.field(task.m_stPara), c.stored) << xml;
+        }
     }
 }
 

@@ -51,6 +51,12 @@ TEST(Sections, EveryFieldAndNoOtherByte) {
     EXPECT_EQ(whole.bytes.size(), sizeof(DeviceParaRecord));
 }
 
+// With a row that ends the table after the one in question.
+std::string OneTable(const Table& table, const std::string& name, const std::string& row) {
+    return "<s><" + name + "><" + row + table.attributes + "/><r_" + std::to_string(table.count) +
+           table.attributes + "/></" + name + "></s>";
+}
+
 TEST(Sections, NothingIsRead) {
     struct Case {
         const char* tables; // by their schema marks
@@ -67,14 +73,12 @@ TEST(Sections, NothingIsRead) {
         const Layout layout = BuildLayout(section.schema, &serial);
         tables += layout.tables.size();
         for (const Table& table : layout.tables) {
-            const auto xml = [&](const std::string& name, const std::string& row) {
-                return "<s><" + name + "><" + row + table.attributes + "/><r_" +
-                       std::to_string(table.count) + table.attributes + "/></" + name + "></s>";
-            };
             for (const Case& c : cases)
                 if (std::strchr(c.tables, table.mark))
-                    ExpectImport(section, xml(table.name, c.row), c.result, kPatterns[0]);
-            ExpectImport(section, xml("S" + table.name.substr(1), "r_0"), 0, kPatterns[0]);
+                    ExpectImport(section, OneTable(table, table.name, c.row), c.result,
+                                 kPatterns[0]);
+            const std::string otherCase = "S" + table.name.substr(1);
+            ExpectImport(section, OneTable(table, otherCase, "r_0"), 0, kPatterns[0]);
         }
     }
     EXPECT_EQ(tables, 14);
