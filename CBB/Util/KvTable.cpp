@@ -11,7 +11,7 @@ namespace {
 constexpr uint32_t kBuckets = 4096;
 // More than a pointer on a 32-bit machine, and enough for one on a 64-bit machine: on purpose.
 constexpr size_t kBytesPerBucket = 12;
-static_assert(kBytesPerBucket >= sizeof(KvNode*), "a bucket holds a pointer");
+static_assert(kBytesPerBucket >= sizeof(void*), "a bucket holds a pointer");
 
 void FreeNode(KvNode* node) {
     std::free(node->key);

@@ -49,7 +49,7 @@ Step StepOf(unsigned int i, uint32_t b, uint32_t c, uint32_t d) {
 
 void Transform(uint32_t state[4], const uint8_t* block) {
     uint32_t words[16];
-    for (unsigned int i = 0; i < 16; ++i) {
+    for (size_t i = 0; i < 16; ++i) {
         const uint8_t* p = block + 4 * i;
         words[i] = static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8 |
                    static_cast<uint32_t>(p[2]) << 16 | static_cast<uint32_t>(p[3]) << 24;
@@ -106,7 +106,7 @@ void Md5Final(Md5Context* context, uint8_t digest[16]) {
     const size_t begun = context->bytes % kBlockSize;
     Md5Update(context, padding, (begun < kLengthAt ? kLengthAt : kLengthAt + kBlockSize) - begun);
     Md5Update(context, bits, sizeof(bits));
-    for (unsigned int i = 0; i < 4; ++i) {
+    for (size_t i = 0; i < 4; ++i) {
         PutLittleEndian(digest + 4 * i, context->state[i], 4);
     }
 }
