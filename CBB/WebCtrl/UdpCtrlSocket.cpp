@@ -13,6 +13,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "CBB/Util/CopyText.h"
 #include "CBB/Util/NetTool.h"
 
 namespace {
@@ -51,8 +52,8 @@ int WaitReadable(int sock, int timeoutMs, short* events) {
 CUdpCtrlSocket::CUdpCtrlSocket(const char* dstIp, uint16_t dstPort, uint8_t maskBC,
                                const char* ifName)
     : m_usDstPort(dstPort), m_bMaskBC(maskBC) {
-    strncpy(m_szDstIp, dstIp, sizeof(m_szDstIp) - 1);
-    strncpy(m_szIfName, ifName, sizeof(m_szIfName) - 1);
+    CopyText(m_szDstIp, dstIp);
+    CopyText(m_szIfName, ifName);
     OpenCtrlSocket();
 }
 

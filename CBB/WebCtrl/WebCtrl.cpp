@@ -9,6 +9,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include "CBB/Util/CopyText.h"
 #include "CBB/Util/DebugPrint.h"
 #include "CBB/Util/Logger.h"
 #include "CBB/Util/Thread.h"
@@ -19,13 +20,6 @@ namespace {
 constexpr unsigned kRestartPauseSeconds = 2;
 // The line number that the start line of the web thread carries.
 constexpr int kDetectSvcLine = 417;
-
-template <size_t N>
-void CopyText(char (&destination)[N], const char* source) {
-    // Restart hands Start the very field that it fills.
-    if (source != destination)
-        snprintf(destination, N, "%s", source);
-}
 
 } // namespace
 
@@ -66,7 +60,8 @@ int CWebCtrl::Start(const char* webRoot) {
     if (system("/sbin/ifconfig lo 127.0.0.1") != 0) {
     }
     m_bStarted = 1;
-    CopyText(m_szWebRoot, webRoot);
+    if (webRoot != m_szWebRoot) // as which Restart gives it back
+        CopyText(m_szWebRoot, webRoot);
     const int error = ThreadCreate(WebSvcThreadEntry, this, &m_hThread, 0);
     if (error != 0) {
         printf("CWebCtrl Start err, create rt svc pthread failed [%ld].\n",

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string>
 
+#include "CBB/Util/CopyText.h"
 #include "CBB/WebCtrl/Handlers/Form.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "CBB/WebCtrl/Handlers/JsonAnswer.h"
@@ -61,10 +62,8 @@ void ReadLensIds(std::string list, int channelCount, GB28181Para* para) {
     for (size_t star = list.rfind('*'); star != std::string::npos; star = list.rfind('*')) {
         const std::string piece = list.substr(star + 1);
         printf("strIndex = %s\n", piece.c_str());
-        if (--channel >= 0 && channel < kSlots) {
-            auto& lensId = para->stGB28181SubID[channel].strFD_LensId;
-            strncpy(lensId, piece.c_str(), sizeof(lensId) - 1);
-        }
+        if (--channel >= 0 && channel < kSlots)
+            CopyText(para->stGB28181SubID[channel].strFD_LensId, piece);
         list.resize(star);
     }
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // Central server, section stCMS.
 #include <arpa/inet.h>
-#include <cstring>
 
+#include "CBB/Util/CopyText.h"
 #include "CBB/WebCtrl/CmsAlias.h"
 #include "CBB/WebCtrl/Handlers/Form.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
@@ -47,7 +47,7 @@ void get_VCmsInfo(CWebCtrl& controller, mg_connection* connection, mg_http_messa
     if (para.ucFD_AddressType == kIpAddressType)
         MapCmsAddress(controller, CMS_SERVER_TO_DISPLAY, inet_ntoa({para.uiFD_IP}), address);
     else
-        strncpy(address, para.strFD_Domain, sizeof(address) - 1);
+        CopyText(address, para.strFD_Domain);
     JsonAnswer answer(connection);
     answer.Member(kAddressType, &para);
     answer.Member("strFD_Address", address);
@@ -65,7 +65,7 @@ void set_VCmsInfo(CWebCtrl& controller, mg_connection* connection, mg_http_messa
         MapCmsAddress(controller, CMS_DISPLAY_TO_SERVER, address, server);
         para.uiFD_IP = inet_addr(server);
     } else {
-        strncpy(para.strFD_Domain, address, sizeof(para.strFD_Domain) - 1);
+        CopyText(para.strFD_Domain, address);
     }
     form.Read(kPort, &para);
     JsonAnswer::WriteResult(connection, setVCmsInfoToNet(controller, para) == 0);

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/WebCtrl.h"
 
+#include <arpa/inet.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/socket.h>
 
+#include "CBB/Util/Owner.h"
 #include "CBB/WebCtrl/UdpCtrlSocket.h"
 #include "tests/support/Capture.h"
 #include "tests/support/Sandbox.h"
@@ -32,6 +35,13 @@ TEST(Controller, IsOneObjectThatTakesItsAddressCut) {
 TEST(Controller, StartsAgainAfterTheServerEnded) {
     std::string error;
     ASSERT_TRUE(EnterSandbox(&error)) << error;
+    const CDescriptor taken(socket(AF_INET, SOCK_STREAM, 0));
+    sockaddr_in port80{};
+    port80.sin_family = AF_INET;
+    port80.sin_port = htons(80);
+    ASSERT_EQ(bind(taken.Get(), reinterpret_cast<sockaddr*>(&port80), sizeof(port80)), 0);
+    ASSERT_EQ(listen(taken.Get(), 1), 0);
+
     CWebCtrl controller;
     const auto start = [&] {
         return CaptureStdout([&] { EXPECT_EQ(controller.Start("/nowhere/web_root"), 0); });
