@@ -62,23 +62,23 @@ int CWebCtrl::Start(const char* webRoot) {
     m_bStarted = 1;
     if (webRoot != m_szWebRoot) // as which Restart gives it back
         CopyText(m_szWebRoot, webRoot);
-    const int error = ThreadCreate(WebSvcThreadEntry, this, &m_hThread, 0);
+    ThreadHandle* thread = nullptr;
+    const int error = ThreadCreate(WebSvcThreadEntry, this, &thread, 0);
     if (error != 0) {
         printf("CWebCtrl Start err, create rt svc pthread failed [%ld].\n",
                static_cast<long>(error));
         m_bStarted = 0;
         return -1;
     }
+    m_hThread = thread;
     return 0;
 }
 
 int CWebCtrl::Stop(long, long) {
     m_bStarted = 0;
-    if (m_hThread != nullptr) {
-        // On the web thread the join of itself fails at once and the thread runs on.
-        ThreadStopAndFree(m_hThread);
-        m_hThread = nullptr;
-    }
+    // On the web thread the join of itself fails at once and the thread runs on.
+    if (ThreadHandle* thread = m_hThread.exchange(nullptr))
+        ThreadStopAndFree(thread);
     return 0;
 }
 

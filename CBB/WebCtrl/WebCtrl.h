@@ -29,7 +29,7 @@ constexpr int kAttrValueCapacity = 512;
 /// The service: owns the web thread and knows where the recorder's main application listens.
 ///
 /// One object lives as long as the process. Its fields are written before the web thread is
-/// created and only read afterwards, but for m_bStarted, which both threads touch.
+/// created and only read afterwards, but for the two atomic ones, which both threads touch.
 class CWebCtrl {
 public:
     /// The one object, created by the first call (on the main thread, before there is another).
@@ -98,7 +98,9 @@ private:
     static void* WebSvcThreadEntry(void* controller);
     void DetectSvc();
 
-    ThreadHandle* m_hThread = nullptr;
+    // The main thread may still be on its way from creating the web thread to keeping its record
+    // when that one's first request restarts the controller.
+    std::atomic<ThreadHandle*> m_hThread{nullptr};
     std::atomic<uint8_t> m_bStarted{0};
     char m_szWebRoot[128] = {};
     char m_szDstIp[32] = {};
