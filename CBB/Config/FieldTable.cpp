@@ -8,10 +8,16 @@
 
 namespace {
 
-const FieldRow* FindField(const char* name, const FieldRow* fields, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i)
-        if (strcasecmp(name, fields[i].name) == 0)
-            return &fields[i];
+// Senders write attributes in the table's order, so the search begins behind the last one found
+// and mostly ends there. Names stand in a table once, so where it begins changes nothing else.
+const FieldRow* FindField(const char* name, const FieldRow* fields, std::size_t count,
+                          std::size_t* next) {
+    for (std::size_t tried = 0; tried < count; ++tried) {
+        const std::size_t at = *next;
+        *next = at + 1 < count ? at + 1 : 0;
+        if (strcasecmp(name, fields[at].name) == 0)
+            return &fields[at];
+    }
     return nullptr;
 }
 
@@ -35,9 +41,10 @@ int ReadAttributes(const TiXmlElement* element, const FieldRow* fields, std::siz
     if (!element)
         return -1;
     int result = 0;
+    std::size_t next = 0;
     for (const TiXmlAttribute* attribute = element->FirstAttribute(); attribute;
          attribute = attribute->Next()) {
-        const FieldRow* field = FindField(attribute->Name(), fields, fieldCount);
+        const FieldRow* field = FindField(attribute->Name(), fields, fieldCount, &next);
         if (!field)
             continue;
         const int status =

@@ -29,6 +29,7 @@ constexpr Command kCommands[] = {
 const TiXmlElement* ParseRoot(TiXmlDocument& doc, const char* text) {
     if (!IsShallowXml(text))
         return nullptr;
+    doc.SetTabSize(0); // nobody asks where in the text something stood
     doc.Parse(text);
     return doc.FirstChildElement("VariCfgSec");
 }
@@ -115,8 +116,8 @@ bool IsShallowXml(const char* text) {
     int elements = 0;
     for (const char* at = strchr(text, '<'); at != nullptr; at = strchr(at + 1, '<'))
         elements += strchr("/!?", at[1]) == nullptr;
-    if (elements > kMaxXmlElements)
-        return false;
+    if (elements <= kMaxXmlDepth || elements > kMaxXmlElements)
+        return elements <= kMaxXmlDepth;
 
     int depth = 0;
     for (const char* at = strchr(text, '<'); at != nullptr; at = strchr(at, '<')) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Handlers/JsonAnswer.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <mongoose.h>
@@ -8,8 +9,9 @@
 namespace {
 
 constexpr char kHeaderBlock[] = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
-// Room for most chunks, so that a member costs no allocation of its own.
-constexpr size_t kUsualChunkBytes = 256;
+// Room for most answers, so that a member costs no allocation.
+constexpr size_t kUsualAnswerBytes = 2048;
+constexpr size_t kUsualChunkBytes = 128;
 
 // Length of the UTF-8 sequence at `text` (RFC 3629, no overlong forms, no surrogates), 0 if none.
 // `text` ends in a NUL or after `size` bytes.
@@ -90,21 +92,22 @@ uint32_t NumberAt(const WebField& field, const void* block) {
 }
 
 JsonAnswer::JsonAnswer(mg_connection* connection) : m_connection(connection) {
+    m_answer.reserve(kUsualAnswerBytes);
     m_chunk.reserve(kUsualChunkBytes);
-    mg_send(connection, kHeaderBlock, sizeof(kHeaderBlock) - 1);
+    m_answer = kHeaderBlock;
 }
 
 void JsonAnswer::Member(const char* name, int value) {
     m_chunk.assign(m_opening).append(name).append("\": \"");
     m_chunk.append(std::to_string(value)).append("\"");
-    SendChunk();
+    EndChunk();
 }
 
 void JsonAnswer::Member(const char* name, const char* text, size_t maxBytes) {
     m_chunk.assign(m_opening).append(name).append("\": \"");
     AppendEscaped(m_chunk, text, strnlen(text, maxBytes));
     m_chunk.append("\"");
-    SendChunk();
+    EndChunk();
 }
 
 void JsonAnswer::Member(const WebField& field, const void* block) {
@@ -116,29 +119,31 @@ void JsonAnswer::Member(const WebField& field, const void* block) {
 
 void JsonAnswer::Chunk(const char* before, int value, const char* after) {
     m_chunk.assign(before).append(std::to_string(value)).append(after);
-    SendChunk();
+    EndChunk();
 }
 
 void JsonAnswer::Chunk(const char* before, const char* text, const char* after, size_t maxBytes) {
     m_chunk.assign(before);
     AppendEscaped(m_chunk, text, strnlen(text, maxBytes));
     m_chunk.append(after);
-    SendChunk();
+    EndChunk();
 }
 
 void JsonAnswer::Chunk(const char* text) {
     m_chunk.assign(text);
-    SendChunk();
+    EndChunk();
 }
 
 void JsonAnswer::Result(bool worked, const char* separator) {
     m_chunk.assign(separator).append("\"result\": ").append(worked ? "1 }" : "0 }");
-    SendChunk();
+    EndChunk();
     End();
 }
 
 void JsonAnswer::End() {
-    mg_http_write_chunk(m_connection, "", 0);
+    m_answer.append("0\r\n\r\n");
+    mg_send(m_connection, m_answer.data(), m_answer.size());
+    m_connection->is_resp = 0; // the library may take the next request
 }
 
 void JsonAnswer::WriteResult(mg_connection* connection, bool worked) {
@@ -146,7 +151,12 @@ void JsonAnswer::WriteResult(mg_connection* connection, bool worked) {
     answer.Result(worked, "{");
 }
 
-void JsonAnswer::SendChunk() {
-    mg_http_write_chunk(m_connection, m_chunk.data(), m_chunk.size());
+void JsonAnswer::EndChunk() {
+    char size[sizeof(size_t) * 2];
+    char* end = std::to_chars(size, size + sizeof(size), m_chunk.size(), 16).ptr;
+    m_answer.append(size, static_cast<size_t>(end - size))
+        .append("\r\n")
+        .append(m_chunk)
+        .append("\r\n");
     m_opening = ", \"";
 }

@@ -9,14 +9,14 @@
 
 struct mg_connection;
 
-/// Writes one JSON answer: status 200, chunked (RFC 9112, 7.1), one chunk a member.
+/// Writes one JSON answer: status 200, chunked (RFC 9112, 7.1), one chunk a member. It is handed to
+/// the connection in one piece at its end.
 ///
 /// Values stand in quotes, numbers included, and are escaped (RFC 8259): `"`, `\`, control
 /// characters, `<`, so that no client takes an answer without Content-Type for HTML, and U+FFFD in
 /// place of bytes that are no UTF-8. Only `result` is a bare number: 1 it worked, 0 it failed.
 class JsonAnswer {
 public:
-    /// Sends the header block.
     explicit JsonAnswer(mg_connection* connection);
 
     /// The next member: `{ "NAME": "value"` first, `, "NAME": "value"` after it.
@@ -46,9 +46,10 @@ public:
     static void WriteResult(mg_connection* connection, bool worked);
 
 private:
-    void SendChunk();
+    void EndChunk();
 
     mg_connection* m_connection;
+    std::string m_answer;
     std::string m_chunk;
     const char* m_opening = "{ \"";
 };
