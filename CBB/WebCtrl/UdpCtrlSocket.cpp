@@ -90,7 +90,9 @@ int CUdpCtrlSocket::OpenCtrlSocket() {
                strerror(errno));
         return -1;
     }
-    fcntl(m_iSock, F_SETFL, fcntl(m_iSock, F_GETFL, 0) & ~O_NONBLOCK);
+    const int flags = fcntl(m_iSock, F_GETFL, 0);
+    if ((flags & O_NONBLOCK) != 0)
+        fcntl(m_iSock, F_SETFL, flags & ~O_NONBLOCK);
     return 0;
 }
 
