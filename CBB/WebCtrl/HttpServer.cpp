@@ -5,9 +5,11 @@
 #include <cstring>
 #include <mongoose.h>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 
 #include "CBB/WebCtrl/Handlers/Handlers.h"
+#include "CBB/WebCtrl/HostGuard.h"
 #include "CBB/WebCtrl/HttpConnection.h"
 #include "CBB/WebCtrl/IncludePage.h"
 #include "CBB/WebCtrl/WebCtrl.h"
@@ -47,6 +49,24 @@ constexpr Route kRoutes[] = {
 // Every other option keeps the library's default.
 mg_http_serve_opts g_serveOptions{};
 
+std::string_view Header(mg_http_message* message, const char* name) {
+    const mg_str* value = mg_http_get_header(message, name);
+    return value != nullptr ? std::string_view(value->buf, value->len) : std::string_view();
+}
+
+// Answers a request that another site's page sent; false when it is none.
+bool RefuseForeignRequest(mg_connection* connection, mg_http_message* message) {
+    const std::string_view host = Header(message, "Host");
+    const std::string_view origin = Header(message, "Origin");
+    if (IsTrustedRequest(host, origin))
+        return false;
+    printf("CWebCtrl::DoHttpRequest, refused, host:%.*s, origin:%.*s.\n",
+           static_cast<int>(host.size()), host.data(), static_cast<int>(origin.size()),
+           origin.data());
+    mg_http_reply(connection, 403, "", "This name or site may not use the recorder\n");
+    return true;
+}
+
 } // namespace
 
 int RunWebServer(const char* webRoot) {
@@ -85,6 +105,8 @@ void CWebCtrl::DoHttpRequest(mg_connection* connection, mg_http_message* message
     for (const Route& route : kRoutes) {
         if (mg_strcmp(message->uri, mg_str(route.uri)) != 0)
             continue;
+        if (RefuseForeignRequest(connection, message))
+            return;
         if (route.announced != nullptr)
             puts(route.announced);
         route.handler(*this, connection, message);

@@ -13,6 +13,9 @@ namespace {
 // The server's field for it holds 128 bytes.
 constexpr size_t kMaxWebRoot = 127;
 
+constexpr char kNameCharacters[] =
+    "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-.";
+
 constexpr char kHelp[] =
     "Usage: webctrl [OPTION]...\n"
     "Web front of an in-vehicle video recorder: serves its page and its settings over HTTP.\n"
@@ -20,6 +23,7 @@ constexpr char kHelp[] =
     "  --port N            TCP port to serve on (80)\n"
     "  --recorder IP:PORT  where the recorder's main application listens, UDP (127.0.0.1:6000)\n"
     "  --web-root DIR      folder of the page (web_root beside the executable)\n"
+    "  --allow-host NAME   domain name under which browsers may use the API too; repeatable\n"
     "  --help              print this and end\n"
     "  --version           print the version and end\n";
 
@@ -69,6 +73,7 @@ Options ReadOptions(int argc, char** argv) {
         {"port", required_argument, nullptr, 'p'},
         {"recorder", required_argument, nullptr, 'r'},
         {"web-root", required_argument, nullptr, 'w'},
+        {"allow-host", required_argument, nullptr, 'a'},
         {"help", no_argument, nullptr, 'h'},
         {"version", no_argument, nullptr, 'v'},
         {},
@@ -87,6 +92,11 @@ Options ReadOptions(int argc, char** argv) {
             break;
         case 'w':
             ReadWebRoot(optarg, options);
+            break;
+        case 'a':
+            if (optarg[0] == '\0' || optarg[strspn(optarg, kNameCharacters)] != '\0')
+                Refuse("--allow-host takes a domain name, not '%s'", optarg);
+            options.allowedHosts.emplace_back(optarg);
             break;
         case 'h':
             fputs(kHelp, stdout);

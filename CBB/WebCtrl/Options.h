@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 /// The command line. Without options the daemon behaves as it always did.
 struct Options {
@@ -10,6 +11,7 @@ struct Options {
     std::string recorderIp = "127.0.0.1";
     uint16_t recorderPort = 6000;
     std::string webRoot; ///< empty: beside the executable
+    std::vector<std::string> allowedHosts;
 };
 
 /// Reads the command line (getopt_long(3)). Prints the help or the version on standard output and

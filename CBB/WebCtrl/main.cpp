@@ -5,6 +5,7 @@
 #include <string>
 #include <unistd.h>
 
+#include "CBB/WebCtrl/HostGuard.h"
 #include "CBB/WebCtrl/Options.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 
@@ -34,6 +35,8 @@ int main(int argc, char** argv) {
 
     CWebCtrl* controller = CWebCtrl::GetInstance();
     controller->SetWebPort(options.port);
+    for (const std::string& name : options.allowedHosts)
+        AllowHost(name);
     controller->Init(options.recorderIp.c_str(), options.recorderPort);
 
     const std::string webRoot = options.webRoot.empty() ? FindWebRoot() : options.webRoot;

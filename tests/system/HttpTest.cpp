@@ -143,6 +143,32 @@ TEST_F(Http, RefusesOversizedAndMalformedRequests) {
     EXPECT_EQ(client.Read().head, kChunkedHead);
 }
 
+TEST_F(Http, LetsNoOtherSiteUseTheApi) {
+    WriteFile("page.html", "page");
+    Daemon& daemon = Start({"--allow-host", "recorder.example", "--allow-host=r2.example"});
+    Recorder recorder;
+    const struct {
+        const char* path;
+        const char* headers;
+        const char* status;
+    } cases[] = {
+        {"/set_WifiInfo", "Host: 127.0.0.1\r\nOrigin: http://evil.example\r\n", "403"},
+        {"/get_WifiInfo", "Host: evil.example\r\n", "403"},
+        {"/get_cpu_usage", "host: evil.example\r\n", "403"},
+        {"/get_cpu_usage", "Host: r2.example\r\nOrigin: http://r2.example\r\n", "200"},
+        {"/get_cpu_usage", "Host: recorder.example\r\n", "200"},
+        {"/get_cpu_usage", "", "200"},
+        {"/page.html", "Host: evil.example\r\n", "200"},
+    };
+    for (const auto& each : cases) {
+        HttpClient client;
+        client.Send(std::string("GET ") + each.path + " HTTP/1.1\r\n" + each.headers + "\r\n");
+        EXPECT_EQ(client.Read().head.substr(9, 3), each.status) << each.path << each.headers;
+    }
+    EXPECT_EQ(Count(daemon.Output(), "CWebCtrl::DoHttpRequest, refused, host:"), 3);
+    EXPECT_FALSE(recorder.HasMore());
+}
+
 TEST_F(Http, KeepsAtMost128ConnectionsAndServesTheNewest) {
     WriteFile("page.html", "page");
     Daemon& daemon = Start();

@@ -72,6 +72,8 @@ TEST_F(Service, RefusesABadCommandLineInOneLine) {
          "webctrl: --web-root takes a path of 1 to 127 bytes; try --help\n"},
         {{"--web-root", "a,b"},
          "webctrl: --web-root cannot take a path with ',' or '=': 'a,b'; try --help\n"},
+        {{"--allow-host", "a b"},
+         "webctrl: --allow-host takes a domain name, not 'a b'; try --help\n"},
         {{"--frob"}, "webctrl: unknown option '--frob'; try --help\n"},
         {{"frob"}, "webctrl: unexpected 'frob'; try --help\n"},
     };
