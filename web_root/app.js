@@ -3,7 +3,7 @@
 
 import {
   badge, chooseLanguage, followLanguage, h, icon, idle, inView, language, link, onLanguage, onLink, pause, request,
-  setText, tr,
+  setText, STATUS, tr,
 } from "./core.js";
 
 // With the 5 s that a silent recorder costs, this keeps the banner within 8 s of the silence.
@@ -16,7 +16,7 @@ const NONE = "—";
 
 // ---- status
 
-let status = null; // the last good answer of /get_SystemInfo
+let status = null; // the last good answer
 let statusAt = 0;
 
 // A state is [kind, word]. Codes beyond 0 and 1 are shown as the number they are.
@@ -118,14 +118,14 @@ function statusView() {
 }
 
 function ageText() {
-  const seconds = Math.round((Date.now() - statusAt) / 1000);
+  const seconds = Math.max(0, Math.round((Date.now() - statusAt) / 1000));
   if (seconds < 120) return tr(`数据更新于 ${seconds} 秒前`, `Values from ${seconds} s ago`);
   const minutes = Math.round(seconds / 60);
   return tr(`数据更新于 ${minutes} 分钟前`, `Values from ${minutes} min ago`);
 }
 
 async function refreshStatus() {
-  const answer = await request("/get_SystemInfo");
+  const answer = await request(STATUS);
   if (answer?.result !== 1) return;
   status = answer;
   statusAt = Date.now();
@@ -179,16 +179,17 @@ function markEdits(section, count) {
   setText(tab.querySelector(".hidden"), edits[section] ? tr("，有未保存的更改", ", unsaved changes") : "");
 }
 
-/** "#network/WifiInfo" is the section network, scrolled to the card of that name. */
-const route = () => {
-  const [name, card] = location.hash.slice(1).split("/");
-  return [Object.hasOwn(SECTIONS, name) ? name : "status", card];
-};
+/** Of "#network/WifiInfo" this is "network"; the rest names a card, for the forms to scroll to. */
+function route() {
+  const [name] = location.hash.slice(1).split("/");
+  return Object.hasOwn(SECTIONS, name) ? name : "status";
+}
 
 let shows = 0;
+let incomplete = false; // what is in view wants a new attempt once the link is back
 
 async function show() {
-  const [name, card] = route();
+  const name = route();
   const section = SECTIONS[name];
   const turn = ++shows;
   const view = byId("view");
@@ -199,12 +200,14 @@ async function show() {
     else tab.removeAttribute("aria-current");
   }
   updates = [];
+  incomplete = name === "about" && !version;
   let content;
   try {
     const made = section.view();
     if (made instanceof Promise) view.replaceChildren(h("p", { class: "age" }, tr("正在载入…", "Loading…")));
     content = await made;
   } catch {
+    incomplete = true;
     content = [h("section", { class: "card" },
       h("p", {}, badge("warn", tr("页面的这一部分没有载入。", "This part of the page could not be loaded."))),
       h("button", { type: "button", onclick: show }, tr("重试", "Try again")))];
@@ -213,7 +216,6 @@ async function show() {
   view.dataset.section = name;
   view.replaceChildren(...content);
   update();
-  if (card && byId(card)) byId(card).scrollIntoView();
 }
 
 const update = () => updates.forEach((apply) => apply());
@@ -283,7 +285,9 @@ function start() {
   let languageKnown = readLanguage();
   onLink(async (state) => {
     drawBanner();
-    if (state === "ok" && !(await languageKnown)) languageKnown = readLanguage();
+    if (state !== "ok") return;
+    if (incomplete) show();
+    if (!(await languageKnown)) languageKnown = readLanguage();
   });
   setInterval(() => document.hidden || update(), 1000);
   watchStatus();

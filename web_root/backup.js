@@ -131,7 +131,7 @@ export function backupView() {
       h("section", { class: "card" }, h("h2", {}, tr("从文件载入", "Load from a file")),
         h("p", { class: "help" }, tr("先比较再写入：您可以选择要写入的项目。设备专有的编号默认不写入。",
           "First compares, then writes what you tick. What belongs to one device alone is not ticked.")),
-        h("label", { for: "settings-file", class: "wide" }, tr("选择设置文件", "Choose a settings file")), file)),
+        file, h("label", { for: "settings-file", class: "wide" }, tr("选择设置文件", "Choose a settings file")))),
     progress, live, work,
   ];
 }

@@ -89,16 +89,23 @@ const GIVE_UP_MS = 20000;
 const LATE_MS = 7000;
 // A failed answer this late was a wait for the recorder; a quick one was its refusal to be read.
 const SILENT_MS = 4000;
+// What every recorder gives: the link is judged by it, as one section alone may stay unanswered.
+export const STATUS = "/get_SystemInfo";
 
 /** "ok", "silent" (the recorder does not answer the daemon), "gone" (the daemon does not answer). */
 export let link = "ok";
+let outage = false; // more than one section has been without an answer
 const linkWatchers = new Set();
+
+/** Calls watcher(state, outage) on each change; `outage` with "ok": what was shown may be outdated. */
 export const onLink = (watcher) => linkWatchers.add(watcher);
 
-function setLink(state) {
+function setLink(state, certain) {
+  const over = state === "ok" && outage;
+  outage = state !== "ok" && (outage || certain);
   if (link === state) return;
   link = state;
-  linkWatchers.forEach((watcher) => watcher(state));
+  linkWatchers.forEach((watcher) => watcher(state, over));
 }
 
 /** Resolves while the page is in view: a page that nobody sees asks for nothing. */
@@ -114,7 +121,7 @@ async function exchange(path, form) {
   await inView();
   const abort = new AbortController();
   const giveUp = setTimeout(() => abort.abort(), GIVE_UP_MS);
-  const late = setTimeout(() => link === "ok" && setLink("silent"), LATE_MS);
+  const late = setTimeout(() => link === "ok" && setLink("silent", false), LATE_MS);
   const start = performance.now();
   try {
     const response = await fetch(path, {
@@ -125,11 +132,11 @@ async function exchange(path, form) {
     });
     if (!response.ok) throw new Error(`status ${response.status}`);
     const answer = await response.json();
-    if (answer.result === 1) setLink("ok");
-    else if (path === "/get_SystemInfo" || performance.now() - start > SILENT_MS) setLink("silent");
+    if (path === STATUS) setLink(answer.result === 1 ? "ok" : "silent", true);
+    else if (answer.result !== 1 && performance.now() - start > SILENT_MS) setLink("silent", false);
     return answer;
   } catch {
-    setLink("gone");
+    setLink("gone", true);
     return null;
   } finally {
     clearTimeout(giveUp);

@@ -72,7 +72,7 @@ class Form {
   edits = new Map();
   phase = ""; // "", "sending", "checking" or "waiting"
   result = null; // as of settings.write(), or {outcome: "invalid"}
-  unread = false; // the last reading failed
+  retried = false; // after a reading that failed alone
 
   constructor(group) {
     this.group = group;
@@ -93,10 +93,11 @@ class Form {
   async load() {
     if (this.loading || this.busy) return;
     this.loading = true;
+    this.refresh();
     const now = await read(this.group);
     this.loading = false;
-    this.unread = !now.ok;
     this.last = now;
+    if (now.ok) this.retried = false;
     if (now.ok && !this.busy) this.take(now);
     else this.refresh();
   }
@@ -107,8 +108,12 @@ class Form {
     this.base = values;
     this.at = at;
     for (const [name, value] of this.edits) if (value === values[name]) this.edits.delete(name);
-    if (first) this.fill();
-    else this.refresh();
+    if (!first) {
+      this.refresh();
+      return;
+    }
+    this.fill();
+    if (location.hash.endsWith(`/${this.id}`)) this.card.scrollIntoView();
   }
 
   // -- drawing
@@ -202,16 +207,15 @@ class Form {
   }
 
   drawUnread() {
-    const message = this.loading || !this.last ? h("p", { class: "help" }, tr("正在读取…", "Reading…"))
-      : h("div", {}, h("p", {}, badge("warn", tr("录像机没有给出这些设置。", "The recorder did not give these settings."))),
-        h("div", { class: "buttons" },
-          // Base information with a device number that is too short can be written but not read.
-          h("button", { type: "button", onclick: () => this.take(this.last) }, tr("直接填写", "Fill in anyway")),
-          h("button", { type: "button", onclick: () => {
-            this.load();
-            this.refresh();
-          } }, tr("重新读取", "Read again"))));
-    this.body.replaceChildren(message);
+    if (this.loading || !this.last) {
+      this.body.replaceChildren(h("p", { class: "help" }, tr("正在读取…", "Reading…")));
+      return;
+    }
+    this.body.replaceChildren(
+      h("p", {}, badge("warn", tr("录像机没有给出这些设置。", "The recorder did not give these settings."))),
+      h("div", { class: "buttons" },
+        this.group.mendable && h("button", { type: "button", onclick: () => this.take(this.last) }, tr("直接填写", "Fill in anyway")),
+        h("button", { type: "button", onclick: () => this.load() }, tr("重新读取", "Read again"))));
   }
 
   mark(name, trouble) {
@@ -236,7 +240,7 @@ class Form {
     if (value === this.base[field.name]) this.edits.delete(field.name);
     else this.edits.set(field.name, value);
     const first = this.footer.hidden;
-    if (this.result?.outcome !== "invalid") this.result = null;
+    this.result = null;
     this.tell();
     if (first) this.rows.get(field.name).row.scrollIntoView({ block: "nearest" }); // the footer has come up
   }
@@ -342,10 +346,18 @@ export function formView(section, counted) {
   return [h("div", { class: "cards" }, cards)];
 }
 
-const reload = () => inSight.filter(({ card }) => card.isConnected).forEach((form) => form.load());
+const connected = () => inSight.filter(({ card }) => card.isConnected);
 
-onLink((state) => state === "ok" && reload());
-document.addEventListener("visibilitychange", () => document.hidden || reload());
+onLink((state, outage) => {
+  if (state !== "ok") return;
+  for (const form of connected()) {
+    // A section that alone stays unanswered gets one more attempt: each costs the daemon 5 s.
+    const again = form.last && !form.last.ok && !form.retried;
+    form.retried ||= again && !outage;
+    if (again || outage) form.load();
+  }
+});
+document.addEventListener("visibilitychange", () => document.hidden || connected().forEach((form) => form.load()));
 addEventListener("beforeunload", (event) => {
   if (!forms.some(({ edits }) => edits.size)) return;
   event.preventDefault();

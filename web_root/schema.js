@@ -4,6 +4,7 @@
 // A group is one pair of API paths, /get_ID and /set_ID:
 //   section  where its form is shown; `title` [Chinese, English]; `intro` the same, optional
 //   cutsOff  writing it may take this phone off the recorder's network
+//   mendable its own values can make it unreadable, so it may be written without having been read
 // A field is one row:
 //   name, kind, label, help   `label` and `help` are [Chinese, English]
 //   width    text and password: the most bytes of UTF-8 that reach the recorder; `min` the fewest
@@ -36,7 +37,7 @@ export const groups = [
     ],
   },
   {
-    id: "BaseInfo", section: "device", title: ["设备信息", "Identity and time"],
+    id: "BaseInfo", section: "device", title: ["设备信息", "Identity and time"], mendable: true,
     fields: [
       { name: "strFD_DeviceNo", kind: "text", min: 5, width: 12, own: true, label: ["设备号", "Device number"],
         help: ["5 至 12 个字符，每台设备唯一。", "5 to 12 characters, unique to each vehicle."] },

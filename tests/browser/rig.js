@@ -16,22 +16,18 @@ export const ADDRESS = "http://127.0.0.1:8080";
 /** Starts a program and resolves when it has printed `ready`. */
 async function start(program, args, ready) {
   const child = spawn(join(BUILD_DIR, program), args, { stdio: ["ignore", "pipe", "ignore"] });
-  let text = "";
-  child.stdout.setEncoding("utf8");
-  while (!text.includes(ready)) {
-    const [chunk] = await Promise.race([once(child.stdout, "data"), once(child, "exit").then(() => { throw new Error(`${program} ended: ${text}`); })]);
-    text += chunk;
-  }
+  const over = once(child, "exit").then(() => { throw new Error(`${program} ended`); });
+  for (let text = ""; !text.includes(ready);) text += await Promise.race([once(child.stdout, "data"), over]);
+  over.catch(() => {}); // from now on it may
   child.stdout.resume();
   return child;
 }
 
 async function end(child) {
   if (child.exitCode !== null || child.signalCode !== null) return;
-  const gone = once(child, "exit");
   child.kill("SIGCONT");
   child.kill("SIGTERM");
-  await gone;
+  await once(child, "exit");
 }
 
 export const startDaemon = () => start("CBB/WebCtrl/webctrl", ["--port", "8080", "--web-root", WEB_ROOT], "Starting web server");
