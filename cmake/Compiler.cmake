@@ -9,6 +9,11 @@ endif()
 # CMake's Release asks for -O3; size matters more here than its last per cent.
 set(CMAKE_C_FLAGS_RELEASE "-O2 -DNDEBUG")
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+# On 32-bit systems: times after 2038, and files with inode numbers above 32 bits, which stat(2) and
+# readdir(3) would refuse otherwise.
+add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+# For a device: what a debugger wants is not flashed.
+set(CMAKE_EXE_LINKER_FLAGS_MINSIZEREL "-s")
 add_compile_options(-ffunction-sections -fdata-sections)
 add_link_options(-Wl,--gc-sections)
 

@@ -44,7 +44,7 @@ int ReadWholeFile(void* buffer, size_t capacity, size_t* size, const char* path)
         return -1;
     }
     fseek(file.get(), 0, SEEK_END);
-    const size_t bytes = static_cast<size_t>(std::max(ftell(file.get()), 0L));
+    const size_t bytes = static_cast<size_t>(std::max<off_t>(ftello(file.get()), 0));
     rewind(file.get());
     if (size != nullptr) {
         *size = bytes;

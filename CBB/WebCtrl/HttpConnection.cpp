@@ -38,7 +38,7 @@ static_assert(sizeof(ConnectionState) <=
 static_assert(alignof(ConnectionState) <= alignof(void*));
 
 ConnectionState& StateOf(mg_connection* connection) {
-    return *reinterpret_cast<ConnectionState*>(connection->data);
+    return *static_cast<ConnectionState*>(static_cast<void*>(connection->data));
 }
 
 void SetDeadline(mg_connection* connection, uint32_t afterMs) {

@@ -192,6 +192,8 @@ int GetIfBrdAddr(const char* ifName, uint32_t* addr) {
     close(sock);
     if (result != 0)
         return -1;
-    *addr = reinterpret_cast<const sockaddr_in*>(&request.ifr_broadaddr)->sin_addr.s_addr;
+    sockaddr_in broadcast;
+    memcpy(&broadcast, &request.ifr_broadaddr, sizeof(broadcast));
+    *addr = broadcast.sin_addr.s_addr;
     return 0;
 }

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <climits>
 #include <csignal>
+#include <limits>
 #include <tuple>
 
 namespace {
@@ -143,7 +144,7 @@ TEST(TimeFun, LocalTimesThereAndBack) {
               Capture([&human] { TimeUnixToHuman(-1, &human); }).out);
     MicroTimer timer = {static_cast<uint32_t>(time(nullptr) - 3000), 0, 0, 0};
     EXPECT_NEAR(3000000000 - 0x100000000, TimerElapsedUs(&timer, true), 2000000);
-    EXPECT_DEATH(TimeUnixToHuman(LONG_MAX, &human), "ret!=__null");
+    EXPECT_DEATH(TimeUnixToHuman(std::numeric_limits<time_t>::max(), &human), "ret!=__null");
 }
 
 TEST(FileFun, WholeFiles) {
