@@ -1,0 +1,103 @@
+# SPDX-License-Identifier: GPL-2.0-only
+# Sourced by the checks that run a whole webctrl: a network, a mount table and a process table of
+# their own, in which port 80, /run and everything started are nobody else's and end with the script.
+#
+#   source field.sh; private_machine "$@"; check NAME COMMAND...; ...; totals
+
+set -uo pipefail
+passed=0 failed=0
+
+# Starts the calling script anew in namespaces(7) of its own, with lo up and eth0 on a cable. What is
+# mounted there, $scratch and /run among it, vanishes with them.
+private_machine() {
+  if [ -z "${FIELD_IS_PRIVATE-}" ]; then
+    [ "$(id -u)" = 0 ] || { echo "${0##*/}: needs root, for namespaces of its own" >&2; exit 1; }
+    scratch=$(mktemp -d)
+    FIELD_IS_PRIVATE=$scratch unshare --net --mount --pid --fork --kill-child --mount-proc -- "$BASH" "$0" "$@"
+    local status=$?
+    rmdir "$scratch"
+    exit "$status"
+  fi
+  scratch=$FIELD_IS_PRIVATE
+  PATH=$PATH:/usr/sbin:/sbin
+  { mount -t tmpfs none "$scratch" && mount -t tmpfs none /run && ip -batch -; } <<'END' || exit 1
+link set lo up
+link add eth0 type veth peer name peer0
+addr add 192.168.50.2/24 brd 192.168.50.255 dev eth0
+link set eth0 up
+link set peer0 up
+END
+}
+
+# check NAME COMMAND...: passed when the command is. It runs in this shell, and what it leaves in the
+# background keeps no pipe of ours open.
+check() {
+  local name=$1
+  shift
+  if "$@" >"$scratch/said" 2>&1 </dev/null; then
+    passed=$((passed + 1))
+    echo "ok      $name"
+  else
+    failed=$((failed + 1))
+    echo "FAILED  $name"
+    sed 's/^/        /' "$scratch/said"
+  fi
+}
+
+totals() {
+  echo "checks passed: $passed, failed: $failed"
+  [ "$failed" = 0 ] && [ "$passed" -gt 0 ]
+}
+
+# await LINE COMMAND...: starts a program and returns once a line of its output holds LINE;
+# fails when its output ends first, or after 20 seconds. Its process is $started, its output so far
+# in $scratch/output.
+await() {
+  local wanted=$1 line output
+  shift
+  exec {output}< <(exec "$@" 2>&1)
+  started=$!
+  : >"$scratch/output"
+  while IFS= read -r -t 20 line <&"$output"; do
+    printf '%s\n' "$line" >>"$scratch/output"
+    if [[ $line == *"$wanted"* ]]; then
+      cat <&"$output" >>"$scratch/output" &
+      exec {output}<&-
+      return 0
+    fi
+  done
+  exec {output}<&-
+  printf 'no line "%s" from: %s; it printed\n' "$wanted" "$*" >&2
+  cat "$scratch/output" >&2
+  return 1
+}
+
+served="Starting web server on port"
+
+end_started() {
+  kill "$started" && tail --pid="$started" -f /dev/null
+}
+
+# fetch PATH [CURL OPTION...]: the body, decompressed; fails on any other status than 200.
+fetch() {
+  curl --silent --show-error --fail --max-time 20 --compressed "http://127.0.0.1$1" "${@:2}"
+}
+
+# answers PATH TEXT [CURL OPTION...]
+answers() {
+  local body
+  body=$(fetch "$1" "${@:3}") || return
+  [[ $body == *"$2"* ]] || { printf 'got: %s\nwanted: %s\n' "$body" "$2" && return 1; }
+}
+
+# Every file of the page, whole, plain and compressed.
+serves_page() {
+  local source=$1 file name
+  for file in "$source"/*; do
+    name=${file##*/}
+    case $name in *.gz) continue ;; esac
+    fetch "/$name" | cmp - "$file" || return
+    curl --silent --fail --header 'Accept-Encoding: gzip' "http://127.0.0.1/$name" | cmp - "$file.gz" || return
+  done
+  fetch / | cmp - "$source/index.html"
+}
