@@ -2,7 +2,7 @@
 // The shell (sections, language, banner) and the section that is seen first, the status.
 
 import {
-  badge, chooseLanguage, followLanguage, h, icon, idle, inView, language, link, onLanguage, onLink, pause, request,
+  badge, chooseLanguage, followLanguage, h, icon, idle, language, link, onLanguage, onLink, pause, request,
   setText, STATUS, tr,
 } from "./core.js";
 
@@ -250,13 +250,14 @@ function drawBanner() {
       "The recorder does not answer. The last values are shown; the page recovers by itself."),
     gone: tr("与录像机的连接已断开。请检查手机的 Wi-Fi，页面会自动重连。",
       "No connection to the recorder. Check the Wi-Fi of this phone; the page reconnects by itself."),
+    refused: tr("录像机不接受以此名称打开的页面，请改用其 IP 地址。",
+      "The recorder does not accept pages opened by this name; use its IP address."),
   }[link];
   byId("banner").replaceChildren(...(text ? [icon("warn"), h("span", {}, text)] : []));
 }
 
 async function watchStatus() {
   for (;;) {
-    await inView();
     if (idle() || !status) await refreshStatus();
     update();
     await pause(link === "ok" ? REFRESH_MS : RETRY_MS);

@@ -92,7 +92,10 @@ const SILENT_MS = 4000;
 // What every recorder gives: the link is judged by it, as one section alone may stay unanswered.
 export const STATUS = "/get_SystemInfo";
 
-/** "ok", "silent" (the recorder does not answer the daemon), "gone" (the daemon does not answer). */
+/**
+ * "ok", "silent" (the recorder does not answer the daemon), "gone" (the daemon does not answer) or
+ * "refused" (it does not serve pages opened by this name).
+ */
 export let link = "ok";
 let outage = false; // more than one section has been without an answer
 const linkWatchers = new Set();
@@ -109,7 +112,7 @@ function setLink(state, certain) {
 }
 
 /** Resolves while the page is in view: a page that nobody sees asks for nothing. */
-export async function inView() {
+async function inView() {
   while (document.hidden) {
     await new Promise((go) => document.addEventListener("visibilitychange", go, { once: true }));
   }
@@ -130,6 +133,10 @@ async function exchange(path, form) {
       cache: "no-store",
       signal: abort.signal,
     });
+    if (response.status === 403) {
+      setLink("refused", true);
+      return null;
+    }
     if (!response.ok) throw new Error(`status ${response.status}`);
     const answer = await response.json();
     if (path === STATUS) setLink(answer.result === 1 ? "ok" : "silent", true);

@@ -72,8 +72,12 @@ async function saveText(page, id, name, value) {
   if (await page.locator("dialog").count()) await page.click("dialog .primary");
 }
 
+// Texts are made as wide as the page lets them be: one too wide for the daemon would arrive cut.
+const wide = ({ kind, width }, text) => (/text|password/.test(kind) ? text + "x".repeat(width - Buffer.byteLength(text)) : text);
+
 for (const group of groups) {
-  test(`fields of ${group.id}: shown, edited, saved, read back, in the recorder`, () => withPage({ hash: `${group.section}/${group.id}` }, async ({ page, recorder }) => {
+  const setUp = { hash: `${group.section}/${group.id}`, recorderArgs: ["--set", "stVersion.VideoCnt=3"] };
+  test(`fields of ${group.id}: shown, edited, saved, read back, in the recorder`, () => withPage(setUp, async ({ page, recorder }) => {
     const fields = group.fields.filter(({ kind }) => kind !== "fact");
     const wire = WIRE[group.id];
     assert.deepEqual(fields.map(({ name }) => name), Object.keys(wire));
@@ -82,7 +86,7 @@ for (const group of groups) {
       const id = `${group.id}-${field.name}`;
       const [place, value] = wire[field.name];
       if (/text|password|number/.test(field.kind) && place !== "stCMS.strFD_Domain") assert.equal(await page.inputValue(`#${id}`), before[place]);
-      await fillByKeyboard(page, id, field, value);
+      await fillByKeyboard(page, id, field, wide(field, value));
     }
     await tabTo(page, "Save");
     await page.keyboard.press("Enter");
@@ -95,7 +99,7 @@ for (const group of groups) {
     const said = { LangInfo: /saved/i, BaseInfo: /^The recorder kept:\s+Clock of the recorder = \d{4}-.{14}$/ }[group.id] ?? /^Saved/;
     assert.match(await outcome(page, group.id), said);
     const { state } = recorder;
-    for (const [place, , arrives] of Object.values(wire)) assert.equal(state[place], arrives, place);
+    for (const field of fields) assert.equal(state[wire[field.name][0]], wide(field, wire[field.name][2]), field.name);
   }));
 }
 

@@ -175,10 +175,12 @@ test("outages: banner in time, edits kept, recovery by itself", (t) => withPage(
   await page.locator("#banner", { hasText: "No connection" }).waitFor({ timeout: 8000 });
   await page.click("#tab-backup"); // a part that was not loaded before
   await page.getByText("could not be loaded").waitFor();
+  await recorder.start("--set", "stBaseInfo.ucFD_TimeZone=9");
   rig.daemon = await startDaemon();
   await page.waitForSelector("#banner:empty", { state: "attached" });
   await page.getByText("Save all settings to a file").waitFor();
   await page.click("#tab-device");
+  await page.waitForFunction(() => document.querySelector("#BaseInfo-ucFD_TimeZone").value === "9");
   assert.equal(await page.inputValue(field), "KEEP-ME-1");
   const [question] = await Promise.all([page.waitForEvent("dialog"), page.evaluate(() => setTimeout(() => location.reload()))]);
   assert.equal(question.type(), "beforeunload");
@@ -186,4 +188,6 @@ test("outages: banner in time, edits kept, recovery by itself", (t) => withPage(
   await page.click("#BaseInfo button[type=submit]");
   await page.getByText("Saved; read back").waitFor();
   assert.equal(recorder.state["stBaseInfo.strFD_DeviceNo"], "KEEP-ME-1");
+  await page.goto("http://recorder.example.com:8080/"); // the daemon serves its API to no public name
+  await page.getByText("use its IP address").waitFor();
 }));

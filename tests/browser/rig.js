@@ -59,7 +59,8 @@ export class Recorder {
 
 let browser;
 const browserArgs = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
-  "--disable-background-networking", "--disable-component-update", "--disable-sync"];
+  "--disable-background-networking", "--disable-component-update", "--disable-sync",
+  "--host-resolver-rules=MAP recorder.example.com 127.0.0.1"];
 
 export const closeBrowser = () => browser?.close();
 
@@ -69,6 +70,7 @@ function watch(page) {
   const isApi = (request) => /\/[gs]et_/.test(request.url());
   page.on("request", (request) => {
     traffic.all.push(request);
+    if (request.isNavigationRequest()) traffic.open.clear(); // what the former page asked for is given up
     if (isApi(request)) traffic.open.add(request);
     traffic.most = Math.max(traffic.most, traffic.open.size);
   });
