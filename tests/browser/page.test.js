@@ -180,7 +180,7 @@ test("outages: banner in time, edits kept, recovery by itself", (t) => withPage(
   await page.waitForSelector("#banner:empty", { state: "attached" });
   await page.getByText("Save all settings to a file").waitFor();
   await page.click("#tab-device");
-  await page.waitForFunction(() => document.querySelector("#BaseInfo-ucFD_TimeZone").value === "9");
+  await page.waitForFunction(() => document.querySelector("#BaseInfo-ucFD_TimeZone")?.value === "9");
   assert.equal(await page.inputValue(field), "KEEP-ME-1");
   const [question] = await Promise.all([page.waitForEvent("dialog"), page.evaluate(() => setTimeout(() => location.reload()))]);
   assert.equal(question.type(), "beforeunload");
