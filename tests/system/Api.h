@@ -35,3 +35,13 @@ inline Texts Split(const std::string& list) {
         items.push_back(item);
     return items;
 }
+
+inline std::string PercentEncode(const std::string& value) {
+    std::string encoded;
+    for (const unsigned char byte : value) {
+        char text[4];
+        snprintf(text, sizeof(text), "%%%02X", byte);
+        encoded += text;
+    }
+    return encoded;
+}

@@ -53,16 +53,6 @@ const Group kGroups[] = {
      "ucFD_GpsSTFlag=5&strFD_CurTime=2026-01-02+03:04:05"},
 };
 
-std::string PercentEncode(const std::string& value) {
-    std::string encoded;
-    for (const unsigned char byte : value) {
-        char text[4];
-        snprintf(text, sizeof(text), "%%%02X", byte);
-        encoded += text;
-    }
-    return encoded;
-}
-
 // What a value is on the wire.
 std::string Arrives(const Group& group, const Field& field, const std::string& value) {
     const std::string read = value.substr(0, static_cast<size_t>(group.buffer));

@@ -33,14 +33,15 @@ bool ComesTrue(int seconds, const std::function<bool()>& condition) {
 
 } // namespace
 
-Daemon::Daemon(const std::string& folder, const std::vector<std::string>& options)
+Daemon::Daemon(const std::string& folder, const std::vector<std::string>& options,
+               const std::string& executable)
     : m_log(folder + "/log") {
     while (fs::exists(m_log)) // another one's
         m_log += '+';
-    const std::string executable = folder + "/webctrl";
-    if (!fs::exists(executable))
-        fs::copy_file(WEBCTRL_EXE, executable);
-    std::vector<char*> arguments{const_cast<char*>(executable.c_str())};
+    const std::string copy = folder + "/" + fs::path(executable).filename().string();
+    if (!fs::exists(copy))
+        fs::copy_file(executable, copy);
+    std::vector<char*> arguments{const_cast<char*>(copy.c_str())};
     for (const std::string& each : options)
         arguments.push_back(const_cast<char*>(each.c_str()));
     arguments.push_back(nullptr);
@@ -50,7 +51,7 @@ Daemon::Daemon(const std::string& folder, const std::vector<std::string>& option
         const int log = open(m_log.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0644);
         dup2(log, STDOUT_FILENO);
         dup2(log, STDERR_FILENO);
-        execv(executable.c_str(), arguments.data());
+        execv(copy.c_str(), arguments.data());
         _exit(126);
     }
 }
