@@ -134,7 +134,7 @@ const Write kWrites[] = {
      R"(strFD_CurTime="" />)"},
     {"/set_BaseInfo?strFD_DeviceNo=query",
      "strFD_DeviceNo=BODY1&ucFD_GpsSTFlag=-3&ucFD_TimeZone="
-     "0000000000000000000000000000000000000000000000000000000000000000000000009",
+     "9xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx",
      R"(<stBaseInfo strFD_DeviceNo="BODY1" ucFD_TimeZone="0" ucFD_GpsSTFlag="0" )"
      R"(strFD_CurTime="" />)"},
     {"/set_MirrorInfo", "strFD_UpDown=1-0&strFD_LeftRight=0-1",

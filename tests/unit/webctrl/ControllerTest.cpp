@@ -2,6 +2,7 @@
 #include "CBB/WebCtrl/WebCtrl.h"
 
 #include <arpa/inet.h>
+#include <cstring>
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
@@ -57,6 +58,42 @@ TEST(Controller, StartsAgainAfterTheServerEnded) {
     EXPECT_EQ(controller.Restart(), 0);
     EXPECT_STREQ(controller.DestinationIp(), "127.0.0.1");
     EXPECT_EQ(controller.Stop(), 0);
+}
+
+TEST(ControlSocket, TakesTheFirstDatagramThatComesAfterTheSend) {
+    std::string error;
+    ASSERT_TRUE(EnterSandbox(&error)) << error;
+    const CDescriptor recorder(socket(AF_INET, SOCK_DGRAM, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(6000);
+    ASSERT_EQ(bind(recorder.Get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    CUdpCtrlSocket sock("127.0.0.1", 6000, 1, "eth0");
+    address.sin_port = htons(4999);
+    address.sin_addr.s_addr = inet_addr("192.168.50.2");
+    const auto reply = [&](const char* text) {
+        EXPECT_GT(sendto(recorder.Get(), text, strlen(text), 0,
+                         reinterpret_cast<sockaddr*>(&address), sizeof(address)),
+                  0);
+    };
+    char out[1025] = "";
+    int outLen = 0;
+    const std::string printed = CaptureStdout([&] {
+        reply("stale");
+        reply("older");
+        EXPECT_EQ(sock.SendDataToHost("question", 8), 0);
+        reply("answer");
+        EXPECT_EQ(sock.RecvDataFromHost(out, &outLen), 0);
+    });
+    EXPECT_STREQ(out, "answer");
+    EXPECT_EQ(outLen, 6);
+    EXPECT_EQ(printed,
+              "CUdpCtrlSocket::SendData2Wifi, m_bMaskBC:1, dest[0x100007f], send data[len:8], "
+              "msg:question, ok.\n"
+              "CUdpCtrlSocket::RecvDataFromHost,  get data from[127.0.0.1  VS 192.168.50.2], "
+              "port[6000 VS 6000], msg[answer], len[6].\n");
+    const std::string large(256, 'x');
+    EXPECT_EQ(CaptureStdout([&] { EXPECT_EQ(sock.SendDataToHost(large.c_str(), 256), 0); }), "");
 }
 
 TEST(ControlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
