@@ -196,6 +196,7 @@ class Form {
     setText(this.count, steps[this.phase] ?? tr(`${this.edits.size} 项更改`, `${this.edits.size} changed`));
     setText(this.revertButton, this.phase === "waiting" ? tr("停止等待", "Stop waiting") : tr("还原", "Revert"));
     this.revertButton.hidden = this.busy && this.phase !== "waiting";
+    this.saveButton.hidden = this.phase === "waiting";
     setText(this.saveButton, this.busy ? tr("请稍候", "Please wait") : tr("保存", "Save"));
     this.saveButton.setAttribute("aria-disabled", String(this.busy));
     countEdits(this.group.section);
@@ -232,6 +233,8 @@ class Form {
     this.live.replaceChildren(...(result ? [...resultNodes(result), ...(this.phase === "waiting" ? wayBack(this.group, this.values) : [])] : []));
     this.refresh();
     if (hadFocus && this.footer.hidden) this.live.focus({ preventScroll: true });
+    else if (hadFocus && this.saveButton.hidden) this.revertButton.focus({ preventScroll: true });
+    if (result && result.outcome !== "invalid") this.live.scrollIntoView({ block: "nearest" });
   }
 
   // -- editing and saving
