@@ -158,7 +158,9 @@ void GuardConnection(mg_connection* connection, int event, void* eventData) {
 
 bool AdmitRequest(mg_connection* connection, mg_http_message* message) {
     ConnectionState& state = StateOf(connection);
-    if (state.lastRequest || state.refused)
+    // The library hands over what it has of a request when its connection ends. The rest of a
+    // form would be written as empty.
+    if (connection->is_closing || state.lastRequest || state.refused)
         return false;
     state.continueAnswered = false;
     state.lastRequest = HasToken(message, "Connection", "close") ||

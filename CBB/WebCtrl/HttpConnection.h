@@ -14,7 +14,7 @@ struct mg_http_message;
 /// - nothing received or sent for 30 s: closed.
 void GuardConnection(mg_connection* connection, int event, void* eventData);
 
-/// Whether a complete request is to be answered: not one that follows the last one to be answered
-/// here. Marks the connection for closing after an HTTP/1.0 request or one with
+/// Whether a request is to be answered: not one that broke off, nor one that follows the last one
+/// to be answered here. Marks the connection for closing after an HTTP/1.0 request or one with
 /// `Connection: close`.
 bool AdmitRequest(mg_connection* connection, mg_http_message* message);

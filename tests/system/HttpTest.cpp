@@ -113,6 +113,18 @@ TEST_F(Http, AsksForTheBodyOfAnExpectingClient) {
     EXPECT_EQ(client.Read().head, kChunkedHead);
 }
 
+TEST_F(Http, ForgetsARequestWhoseClientVanishesInItsMidst) {
+    Daemon& daemon = Start();
+    Recorder recorder;
+    const int descriptors = daemon.Descriptors();
+    HttpClient().Send("POST /set_GNetInfo HTTP/1.1\r\nContent-Length: 99\r\n\r\nstrFD_Apn=half");
+    HttpClient client;
+    client.Send(Request("/get_cpu_usage")); // accepted after the other one was
+    EXPECT_EQ(client.Read().head, kChunkedHead);
+    EXPECT_TRUE(daemon.SettlesAt(descriptors + 1));
+    EXPECT_FALSE(recorder.HasMore());
+}
+
 TEST_F(Http, RefusesOversizedAndMalformedRequests) {
     Start();
     const std::string large(65536, 'a');
