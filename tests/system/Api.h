@@ -15,7 +15,8 @@ class Api : public SystemTest {
 protected:
     void SetUp() override {
         SystemTest::SetUp();
-        Start();
+        if (!HasFatalFailure())
+            Start();
     }
 };
 
