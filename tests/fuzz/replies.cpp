@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-2.0-only
+// The input is what the recorder replies to each query of a read route; a NUL ends a reply, and the
+// last one is repeated.
+#include "tests/fuzz/Json.h"
+#include "tests/fuzz/Recorder.h"
+
+#include "CBB/WebCtrl/ControlMessage.h"
+#include "CBB/WebCtrl/UdpCtrlSocket.h"
+
+#include <charconv>
+#include <cstring>
+#include <memory>
+
+namespace {
+
+constexpr const char* kRoutes[] = {
+    "/get_LangInfo",  "/get_BaseInfo",    "/get_MirrorInfo", "/get_NetWModeInfo",
+    "/get_VCmsInfo",  "/get_WifiInfo",    "/get_GNetInfo",   "/get_GB28181Info",
+    "/get_cpu_usage", "/get_VersionInfo", "/get_SystemInfo",
+};
+
+void Skip(std::string_view& text, std::string_view what) {
+    Require(text.substr(0, what.size()) == what);
+    text.remove_prefix(what.size());
+}
+
+std::string JoinChunks(std::string_view answer) {
+    std::string body;
+    Skip(answer, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
+    for (size_t size = 1; size != 0;) {
+        const auto digits = std::from_chars(answer.begin(), answer.end(), size, 16);
+        Require(digits.ec == std::errc());
+        answer.remove_prefix(static_cast<size_t>(digits.ptr - answer.begin()));
+        Skip(answer, "\r\n");
+        body += answer.substr(0, size);
+        Skip(answer, std::string(answer.substr(0, size)) + "\r\n");
+    }
+    Require(answer.empty());
+    return body;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string replies(data, data + size);
+    QuietController controller;
+    for (const char* route : kRoutes) {
+        size_t at = 0;
+        g_recorder = [&](const std::string&) {
+            const std::string reply = replies.c_str() + at;
+            at += replies.find('\0', at) == std::string::npos ? 0 : reply.size() + 1;
+            return reply;
+        };
+        const std::string body = JoinChunks(Ask(controller, route, ""));
+        Require(IsJson(body) && body.find('<') == std::string::npos);
+    }
+
+    const std::string reply = std::string(replies.c_str()).substr(0, kReplyCapacity - 1);
+    int type = DEVICE_UNSUPPORTED;
+    Require(controller.GetParaCmdType(reply.c_str(), &type) <= 0);
+    Require(type >= BROAD_SEARCH && type <= DEVICE_UNSUPPORTED);
+    const auto value = std::make_unique<char[]>(kAttrValueCapacity);
+    const bool hasResult = controller.GetParaAttrValue(reply.c_str(), "Result", value.get()) == 0;
+    Require(strnlen(value.get(), kAttrValueCapacity) < kAttrValueCapacity);
+
+    CUdpCtrlSocket sock("", 0, 0, "");
+    g_recorder = [&](const std::string&) { return reply; };
+    sock.SendDataToHost(QueryText::Display, sizeof(QueryText::Display) - 1);
+    int result = 0;
+    Require((controller.GetParaResult(sock, &result) == 0) == hasResult);
+    return 0;
+}
