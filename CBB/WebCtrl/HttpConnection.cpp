@@ -160,8 +160,10 @@ bool AdmitRequest(mg_connection* connection, mg_http_message* message) {
     ConnectionState& state = StateOf(connection);
     // The library hands over what it has of a request when its connection ends. The rest of a
     // form would be written as empty.
-    if (connection->is_closing || state.lastRequest || state.refused)
+    if (connection->is_closing || state.lastRequest || state.refused) {
+        connection->is_resp = 0; // or the connection would wait for an answer instead of closing
         return false;
+    }
     state.continueAnswered = false;
     state.lastRequest = HasToken(message, "Connection", "close") ||
                         mg_strcasecmp(message->proto, mg_str("HTTP/1.0")) == 0;
