@@ -57,18 +57,18 @@ bool HasToken(mg_http_message* message, const char* header, const char* token) {
 
 void MakeRoom(mg_connection* accepted) {
     int open = 0;
-    mg_connection* oldest = nullptr;
+    mg_connection* idlest = accepted;
     const uint64_t nowMs = mg_millis();
+    // The list has newer connections first.
     for (mg_connection* each = accepted->mgr->conns; each != nullptr; each = each->next) {
         if (each->is_listening || each->is_closing)
             continue;
         ++open;
-        if (each != accepted && !each->is_resp &&
-            (oldest == nullptr || Overdue(each, nowMs) > Overdue(oldest, nowMs)))
-            oldest = each;
+        if (Overdue(each, nowMs) >= Overdue(idlest, nowMs))
+            idlest = each;
     }
     if (open > kMaxConnections)
-        (oldest != nullptr ? oldest : accepted)->is_closing = 1;
+        idlest->is_closing = 1;
 }
 
 void Refuse(mg_connection* connection) {
