@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/HttpServer.h"
 
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <mongoose.h>
@@ -67,6 +68,16 @@ bool RefuseForeignRequest(mg_connection* connection, mg_http_message* message) {
     return true;
 }
 
+// Answers a request whose path the library could not decode: it would look up what it has of the
+// path and, the text having no end, whatever lies behind it on the stack.
+bool RefuseMalformedPath(mg_connection* connection, mg_http_message* message) {
+    char path[PATH_MAX];
+    if (mg_url_decode(message->uri.buf, message->uri.len, path, sizeof(path), 0) >= 0)
+        return false;
+    mg_http_reply(connection, 400, "", "Invalid path\n");
+    return true;
+}
+
 } // namespace
 
 int RunWebServer(const char* webRoot) {
@@ -113,6 +124,7 @@ void CWebCtrl::DoHttpRequest(mg_connection* connection, mg_http_message* message
         return;
     }
     puts("------------others-------mg_serve_http.");
-    if (!ServeIncludePage(connection, message, g_serveOptions.root_dir))
+    if (!RefuseMalformedPath(connection, message) &&
+        !ServeIncludePage(connection, message, g_serveOptions.root_dir))
         mg_http_serve_dir(connection, message, &g_serveOptions);
 }
