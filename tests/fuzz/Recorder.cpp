@@ -60,9 +60,7 @@ bool IsKnown(const std::string& datagram) {
     }
     TiXmlDocument document;
     document.Parse(datagram.c_str());
-    const TiXmlElement* root = document.RootElement();
-    const char* action = root != nullptr ? root->Attribute("Action") : nullptr;
-    if (document.Error() || action == nullptr || strcmp(action, "DEVICE_SET") != 0)
+    if (document.Error() || datagram.find("<VariCfgSec Action=\"DEVICE_SET\">") != 0)
         return false;
     const std::string shape = Shape(document);
     return std::any_of(std::begin(kWrites), std::end(kWrites), [&](const std::string& write) {

@@ -15,7 +15,7 @@
 namespace {
 
 constexpr size_t kMaxPieces = 16;
-constexpr int kMaxPolls = 100;
+constexpr int kMaxPolls = 10000; // no answers to so few bytes take so many
 constexpr uint64_t kSilenceMs = 60000;
 // Stands in a file beside the web root.
 constexpr char kOutside[] = "webctrl_fuzz";
