@@ -29,6 +29,7 @@ struct ConnectionState {
     bool lastRequest;      // no request after the one in progress is answered
     bool continueAnswered; // to the request that is being received
     bool refused;          // what still comes is dropped
+    bool waiting;          // for the answer to its request, which the server has kept
 };
 
 // While it sends a file the library keeps what is left of its length in the last word of the same
@@ -119,6 +120,10 @@ void OnRead(mg_connection* connection) {
 
 void OnProgress(mg_connection* connection, uint64_t nowMs) {
     ConnectionState& state = StateOf(connection);
+    if (state.waiting && connection->is_resp) {
+        SetDeadline(connection, kIdleMs);
+        connection->is_readable = 0;
+    }
     if (state.refused && connection->send.len == 0)
         shutdown(static_cast<int>(reinterpret_cast<intptr_t>(connection->fd)), SHUT_WR);
     if (state.lastRequest && !connection->is_resp)
@@ -165,7 +170,12 @@ bool AdmitRequest(mg_connection* connection, mg_http_message* message) {
         return false;
     }
     state.continueAnswered = false;
+    state.waiting = false;
     state.lastRequest = HasToken(message, "Connection", "close") ||
                         mg_strcasecmp(message->proto, mg_str("HTTP/1.0")) == 0;
     return true;
+}
+
+void LetWait(mg_connection* connection) {
+    StateOf(connection).waiting = true;
 }

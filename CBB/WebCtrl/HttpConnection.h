@@ -18,3 +18,7 @@ void GuardConnection(mg_connection* connection, int event, void* eventData);
 /// to be answered here. Marks the connection for closing after an HTTP/1.0 request or one with
 /// `Connection: close`.
 bool AdmitRequest(mg_connection* connection, mg_http_message* message);
+
+/// To be called for an admitted request that is answered after its event. Until then the connection
+/// is neither read nor closed for idling.
+void LetWait(mg_connection* connection);

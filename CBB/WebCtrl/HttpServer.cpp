@@ -4,11 +4,14 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <malloc.h>
 #include <mongoose.h>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
+#include <utility>
 
+#include "CBB/WebCtrl/ExchangeQueue.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "CBB/WebCtrl/HostGuard.h"
 #include "CBB/WebCtrl/HttpConnection.h"
@@ -78,6 +81,33 @@ bool RefuseMalformedPath(mg_connection* connection, mg_http_message* message) {
     return true;
 }
 
+// Whether a path leads to an exchange with the recorder.
+bool AsksRecorder(mg_str uri) {
+    for (const Route& route : kRoutes) {
+        if (mg_strcmp(uri, mg_str(route.uri)) == 0)
+            return route.handler != get_cpu_usage;
+    }
+    return false;
+}
+
+bool g_served;  // somebody, since the last turn of the loop
+bool g_trimmed; // no memory to give back since then
+
+// What a burst of clients has taken is the recorder's again after a rest.
+void GiveMemoryBack(bool resting) {
+#ifdef __GLIBC__
+    if (resting && !g_trimmed)
+        malloc_trim(0);
+#endif
+    g_trimmed = resting;
+}
+
+void EndTurn(mg_connection* listener) {
+    const bool served = std::exchange(g_served, false);
+    GiveMemoryBack(!served && !ExchangesWait() && !listener->is_readable);
+    ServeExchanges(listener->mgr, served);
+}
+
 } // namespace
 
 int RunWebServer(const char* webRoot) {
@@ -98,16 +128,25 @@ int RunWebServer(const char* webRoot) {
     }
     printf("Starting web server on port %s\n", port.c_str());
     for (;;)
-        mg_mgr_poll(&manager, kPollMs);
+        mg_mgr_poll(&manager, ExchangesWait() ? 0 : kPollMs);
 }
 
 void HttpEventHandler(mg_connection* connection, int event, void* eventData) {
+    // Every event but this is of somebody who is being served. The listener's comes last in a turn.
+    if (event != MG_EV_POLL)
+        g_served = true;
+    else if (connection->is_listening)
+        EndTurn(connection);
     if (event != MG_EV_HTTP_MSG) {
         GuardConnection(connection, event, eventData);
         return;
     }
     auto* message = static_cast<mg_http_message*>(eventData);
-    if (AdmitRequest(connection, message))
+    if (!AdmitRequest(connection, message))
+        return;
+    if (AsksRecorder(message->uri))
+        QueueExchange(connection, message);
+    else
         CWebCtrl::GetInstance()->DoHttpRequest(connection, message);
 }
 

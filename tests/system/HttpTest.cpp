@@ -62,6 +62,34 @@ TEST_F(Http, AnswersPipelinedRequestsInOrder) {
     EXPECT_TRUE(client.ClosedWithin(5));
 }
 
+TEST_F(Http, HoldsAFileUpForOneExchangeOnly) {
+    const std::string page(200000, 'p');
+    WriteFile("page.html", page);
+    Start();
+    Recorder recorder;
+    constexpr int kClients = 4, kPipelined = 3;
+    HttpClient asking[kClients];
+    std::string requests;
+    for (int i = 0; i < kPipelined; ++i)
+        requests += Request("/get_VersionInfo");
+    for (HttpClient& each : asking)
+        each.Send(requests);
+    const std::string reply = QueryReply("<stVersion strAppVer=\"1\"/>");
+    recorder.Receive();
+    HttpClient newcomers[10], client;
+    client.Send(Request("/page.html"));
+    EXPECT_FALSE(recorder.HasMore(50)); // long enough for others to come before the next exchange
+    recorder.Reply(reply);
+    EXPECT_EQ(client.Read(3).body, page); // while that has no reply yet
+    for (int i = 1; i < kClients * kPipelined; ++i) {
+        recorder.Receive();
+        recorder.Reply(reply);
+    }
+    for (int i = 0; i < kClients * kPipelined; ++i)
+        EXPECT_EQ(asking[i % kClients].Read().body,
+                  "{ \"strFD_AppVersion\": \"1\", \"result\": 1 }");
+}
+
 TEST_F(Http, RoutesExactPathsOnly) {
     WriteFile("index.html", "index");
     Daemon& daemon = Start();

@@ -52,9 +52,9 @@ std::string Recorder::Receive() {
     return std::string(buffer, received > 0 ? static_cast<size_t>(received) : 0);
 }
 
-bool Recorder::HasMore() {
+bool Recorder::HasMore(int timeoutMs) {
     pollfd waited{m_sock, POLLIN, 0};
-    return poll(&waited, 1, 0) == 1;
+    return poll(&waited, 1, timeoutMs) == 1;
 }
 
 void Recorder::Reply(const std::string& text) {

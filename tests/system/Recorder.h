@@ -18,8 +18,8 @@ public:
 
     // The next datagram; fails the test when none comes within 5 s.
     std::string Receive();
-    // Whether a datagram waits.
-    bool HasMore();
+    // Whether a datagram waits, or comes within that time.
+    bool HasMore(int timeoutMs = 0);
     // Sends to where the last datagram came from, or to the daemon's port.
     void Reply(const std::string& text);
 
