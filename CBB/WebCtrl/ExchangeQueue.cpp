@@ -23,6 +23,10 @@ struct WaitingRequest {
 std::list<WaitingRequest> g_waiting;
 int g_turnsOfOthers = 0;
 
+void GiveOthersTurns(uint64_t startMs) {
+    g_turnsOfOthers = mg_millis() - startMs < kExchangesMs ? 0 : kTurnsOfOthers;
+}
+
 void ServeOldest(mg_mgr* manager) {
     const WaitingRequest request = std::move(g_waiting.front());
     g_waiting.pop_front();
@@ -41,7 +45,13 @@ void ServeOldest(mg_mgr* manager) {
 
 } // namespace
 
-void QueueExchange(mg_connection* connection, mg_http_message* message) {
+void AnswerInTurn(mg_connection* connection, mg_http_message* message) {
+    if (g_waiting.empty() && g_turnsOfOthers == 0) {
+        const uint64_t start = mg_millis();
+        CWebCtrl::GetInstance()->DoHttpRequest(connection, message);
+        GiveOthersTurns(start);
+        return;
+    }
     LetWait(connection);
     g_waiting.push_back(
         {connection->id, std::string(message->head.buf, message->head.len + message->body.len)});
@@ -59,5 +69,5 @@ void ServeExchanges(mg_mgr* manager, bool othersServed) {
     const uint64_t start = mg_millis();
     while (!g_waiting.empty() && mg_millis() - start < kExchangesMs)
         ServeOldest(manager);
-    g_turnsOfOthers = mg_millis() - start < kExchangesMs ? 0 : kTurnsOfOthers;
+    GiveOthersTurns(start);
 }

@@ -145,7 +145,7 @@ void HttpEventHandler(mg_connection* connection, int event, void* eventData) {
     if (!AdmitRequest(connection, message))
         return;
     if (AsksRecorder(message->uri))
-        QueueExchange(connection, message);
+        AnswerInTurn(connection, message);
     else
         CWebCtrl::GetInstance()->DoHttpRequest(connection, message);
 }
