@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <string>
 #include <unistd.h>
 
@@ -31,6 +32,10 @@ std::string FindWebRoot() {
 
 int main(int argc, char** argv) {
     setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+#ifdef __GLIBC__
+    // One thread does all the work, and only this arena gives back all that is free.
+    mallopt(M_ARENA_MAX, 1);
+#endif
     const Options options = ReadOptions(argc, argv);
 
     CWebCtrl* controller = CWebCtrl::GetInstance();
