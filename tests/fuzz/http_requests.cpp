@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The input is what one client sends. Its first byte's low bits say in pieces of how many bytes (0:
-// in one), the high bit that the client then falls silent instead of closing.
+// in one), bit 6 that the recorder is slow, so that requests wait for each other, the high bit that
+// the client then falls silent instead of closing.
 #include "tests/fuzz/Recorder.h"
 
 #include "CBB/WebCtrl/HttpServer.h"
@@ -17,10 +18,12 @@ namespace {
 constexpr size_t kMaxPieces = 16;
 constexpr int kMaxPolls = 10000; // no answers to so few bytes take so many
 constexpr uint64_t kSilenceMs = 60000;
+constexpr uint64_t kSlowMs = 1000;
 // Stands in a file beside the web root.
 constexpr char kOutside[] = "webctrl_fuzz";
 
 std::promise<mg_mgr*> g_polled;
+uint64_t g_exchangeClock;
 
 // The server's manager with its listener, which no one can find: it is bound to any free port.
 mg_mgr* StartServer() {
@@ -70,16 +73,23 @@ extern "C" void PollOnce(mg_mgr* manager, int) {
         pause();
 }
 
+// Stands in for mg_millis where the daemon measures exchanges.
+extern "C" uint64_t ExchangeClock() {
+    return g_exchangeClock;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static mg_mgr* const server = StartServer();
-    g_recorder = [](const std::string&) {
-        return "<VariCfgSec Action=\"DEVICE_QUERY\" Result=\"1\"><stBaseInfo/></VariCfgSec>";
-    };
     if (size == 0)
         return 0;
+    const uint64_t exchangeMs = (data[0] & 0x40) != 0 ? kSlowMs : 0;
+    g_recorder = [exchangeMs](const std::string&) {
+        g_exchangeClock += exchangeMs;
+        return "<VariCfgSec Action=\"DEVICE_QUERY\" Result=\"1\"><stBaseInfo/></VariCfgSec>";
+    };
     const int client = Connect(server);
     std::string answers;
-    const size_t chosen = data[0] & 0x7F;
+    const size_t chosen = data[0] & 0x3F;
     const size_t piece = chosen == 0 ? size : std::max(chosen, size / kMaxPieces);
     for (size_t at = 1; at < size && Accepted(server) != nullptr; at += piece) {
         Require(send(client, data + at, std::min(piece, size - at), MSG_NOSIGNAL) > 0);
@@ -97,6 +107,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         Require(polls < kMaxPolls);
     }
     close(client);
+    mg_mgr_poll(server, 0); // a turn in which nothing happens ends the wait behind a slow exchange
     Require(answers.empty() || answers.compare(0, 9, "HTTP/1.1 ") == 0);
     Require(answers.find(kOutside) == std::string::npos);
     return 0;
