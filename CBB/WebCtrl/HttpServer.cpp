@@ -81,13 +81,19 @@ bool RefuseMalformedPath(mg_connection* connection, mg_http_message* message) {
     return true;
 }
 
-// Whether a path leads to an exchange with the recorder.
-bool AsksRecorder(mg_str uri) {
+// The route of exactly this path; null when it is a file's.
+const Route* FindRoute(mg_str uri) {
     for (const Route& route : kRoutes) {
         if (mg_strcmp(uri, mg_str(route.uri)) == 0)
-            return route.handler != get_cpu_usage;
+            return &route;
     }
-    return false;
+    return nullptr;
+}
+
+// Whether a path leads to an exchange with the recorder.
+bool AsksRecorder(mg_str uri) {
+    const Route* route = FindRoute(uri);
+    return route != nullptr && route->handler != get_cpu_usage;
 }
 
 bool g_served;  // somebody, since the last turn of the loop
@@ -151,18 +157,20 @@ void HttpEventHandler(mg_connection* connection, int event, void* eventData) {
 }
 
 void CWebCtrl::DoHttpRequest(mg_connection* connection, mg_http_message* message) {
-    puts("--------------------------DoHttpRequeset, start.");
-    for (const Route& route : kRoutes) {
-        if (mg_strcmp(message->uri, mg_str(route.uri)) != 0)
-            continue;
+    const Route* route = FindRoute(message->uri);
+    if (route != nullptr) {
+        puts("--------------------------DoHttpRequeset, start.");
         if (RefuseForeignRequest(connection, message))
             return;
-        if (route.announced != nullptr)
-            puts(route.announced);
-        route.handler(*this, connection, message);
+        if (route->announced != nullptr)
+            puts(route->announced);
+        route->handler(*this, connection, message);
         return;
     }
-    puts("------------others-------mg_serve_http.");
+    // Both lines at once: each write(2) is a good part of what a small file costs.
+    fputs("--------------------------DoHttpRequeset, start.\n"
+          "------------others-------mg_serve_http.\n",
+          stdout);
     if (!RefuseMalformedPath(connection, message) &&
         !ServeIncludePage(connection, message, g_serveOptions.root_dir))
         mg_http_serve_dir(connection, message, &g_serveOptions);

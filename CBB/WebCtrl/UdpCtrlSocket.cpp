@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <poll.h>
@@ -90,9 +89,7 @@ int CUdpCtrlSocket::OpenCtrlSocket() {
                strerror(errno));
         return -1;
     }
-    const int flags = fcntl(m_iSock, F_GETFL, 0);
-    if ((flags & O_NONBLOCK) != 0)
-        fcntl(m_iSock, F_SETFL, flags & ~O_NONBLOCK);
+    // It is a blocking one: socket(2) sets O_NONBLOCK only when it is asked to.
     return 0;
 }
 
