@@ -57,8 +57,7 @@ int CWebCtrl::Start(const char* webRoot) {
         return 0;
     }
     // Whether it worked shows in the first exchange; loopback is up on most systems anyway.
-    if (system("/sbin/ifconfig lo 127.0.0.1") != 0) {
-    }
+    [[maybe_unused]] const int status = system("/sbin/ifconfig lo 127.0.0.1");
     m_bStarted = 1;
     if (webRoot != m_szWebRoot) // as which Restart gives it back
         CopyText(m_szWebRoot, webRoot);

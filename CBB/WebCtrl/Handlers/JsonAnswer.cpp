@@ -13,13 +13,11 @@ constexpr char kHeaderBlock[] = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r
 constexpr size_t kUsualAnswerBytes = 2048;
 constexpr size_t kUsualChunkBytes = 128;
 
-// Length of the UTF-8 sequence at `text` (RFC 3629, no overlong forms, no surrogates), 0 if none.
-// `text` ends in a NUL or after `size` bytes.
+// Length of the UTF-8 sequence of two to four bytes at the start of `text`, which has `size` bytes
+// (RFC 3629, no overlong forms, no surrogates); 0 if there is none.
 size_t Utf8Length(const unsigned char* text, size_t size) {
     const auto continues = [&](size_t at) { return at < size && (text[at] & 0xC0) == 0x80; };
     const unsigned char lead = text[0];
-    if (lead < 0x80)
-        return 1;
     if (lead >= 0xC2 && lead <= 0xDF)
         return continues(1) ? 2 : 0;
     if ((lead & 0xF0) == 0xE0) {

@@ -10,8 +10,8 @@ constexpr uint8_t kWifiClientMode = 1;
 
 using Block = SystemInfoPara;
 
-// A chunk: what stands before the value, the field, what stands behind it. Clients parse the
-// stream chunk by chunk, so the places where it is cut matter as much as the text.
+// A chunk: what stands before the value, the field, what stands behind it. Where the answer is cut
+// into chunks is as fixed as its text.
 struct StatusChunk {
     const char* before;
     WebField field;
