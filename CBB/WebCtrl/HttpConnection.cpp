@@ -103,6 +103,24 @@ void OnHeaders(mg_connection* connection, mg_http_message* message) {
     }
 }
 
+// Sends what was answered, and the first piece of a file behind its head, as the library would do a
+// turn of its loop and three system calls later. What the socket does not take is left to it.
+void SendAtOnce(mg_connection* connection) {
+    // The library is about to send, and would take nothing sent for the connection's end; a file
+    // that ends here would leave a request that has come behind it lying.
+    if (connection->is_writable || (connection->recv.len > 0 && connection->is_resp))
+        return;
+    if (connection->pfn != nullptr)
+        connection->pfn(connection, MG_EV_WRITE, nullptr);
+    mg_iobuf& out = connection->send;
+    long sent = out.len > 0 ? mg_io_send(connection, out.buf, out.len) : 0;
+    if (sent <= 0)
+        return;
+    out.len -= static_cast<size_t>(sent);
+    memmove(out.buf, out.buf + sent, out.len);
+    mg_call(connection, MG_EV_WRITE, &sent);
+}
+
 void OnRead(mg_connection* connection) {
     ConnectionState& state = StateOf(connection);
     if (state.refused) {
@@ -110,12 +128,13 @@ void OnRead(mg_connection* connection) {
         return;
     }
     SetDeadline(connection, kIdleMs);
-    if (connection->is_resp || state.lastRequest)
-        return;
-    if (connection->is_draining)
-        mg_send(connection, kBadRequest, sizeof(kBadRequest) - 1);
-    else if (connection->recv.len > kMaxRequestBytes)
-        Refuse(connection);
+    if (!connection->is_resp && !state.lastRequest) {
+        if (connection->is_draining)
+            mg_send(connection, kBadRequest, sizeof(kBadRequest) - 1);
+        else if (connection->recv.len > kMaxRequestBytes)
+            Refuse(connection);
+    }
+    SendAtOnce(connection);
 }
 
 void OnProgress(mg_connection* connection, uint64_t nowMs) {
