@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include <cstdio>
 #include <cstring>
 
 #include "CBB/Config/FieldConvert.h"
+#include "CBB/Util/PrintLine.h"
 #include "CBB/WebCtrl/UdpCtrlSocket.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 
 int CWebCtrl::GetParaInfoByCmd(const char* request, char* reply, int* replyLen) {
-    printf("FUN:%s, LINE:%d, dst.ip:%s, dst:port:%d.\n", __func__, 730, m_szDstIp, m_usDstPort);
+    PrintLine("FUN:", __func__, ", LINE:", 730, ", dst.ip:", m_szDstIp, ", dst:port:", m_usDstPort,
+              ".\n");
     CUdpCtrlSocket sock(m_szDstIp, m_usDstPort, 1, "eth0");
     if (sock.SendDataToHost(request, static_cast<int>(strlen(request))) != 0)
         return -1;
     if (sock.RecvDataFromHost(reply, replyLen) != 0)
         return -1;
-    printf("FUN:%s, LINE:%d.\n", __func__, 746);
+    PrintLine("FUN:", __func__, ", LINE:", 746, ".\n");
     return 0;
 }
 
@@ -23,7 +24,7 @@ int CWebCtrl::SetParaByCmd(CUdpCtrlSocket& sock, const char* request, int len, i
 }
 
 int CWebCtrl::GetParaResult(CUdpCtrlSocket& sock, int* result) {
-    char reply[kReplyCapacity] = {};
+    char reply[kReplyCapacity];
     int replyLen = 0;
     if (sock.RecvDataFromHost(reply, &replyLen) != 0)
         return -1;

@@ -14,6 +14,7 @@
 
 #include "CBB/Util/CopyText.h"
 #include "CBB/Util/NetTool.h"
+#include "CBB/Util/PrintLine.h"
 
 namespace {
 
@@ -125,9 +126,8 @@ int CUdpCtrlSocket::SendDataToHost(const char* data, int len) {
         return -1;
     }
     if (strlen(data) < kShownMessageBytes) {
-        printf("CUdpCtrlSocket::SendData2Wifi, m_bMaskBC:%d, dest[0x%x], send data[len:%d], "
-               "msg:%s, ok.\n",
-               m_bMaskBC, address, len, data);
+        PrintLine("CUdpCtrlSocket::SendData2Wifi, m_bMaskBC:", m_bMaskBC, ", dest[0x", Hex{address},
+                  "], send data[len:", len, "], msg:", data, ", ok.\n");
     }
     return 0;
 }
@@ -152,20 +152,19 @@ int CUdpCtrlSocket::RecvDataFromHost(char* out, int* outLen) {
     if (received < 1)
         return -1;
 
-    char sourceIp[INET_ADDRSTRLEN] = "";
-    inet_ntop(AF_INET, &source.sin_addr, sourceIp, sizeof(sourceIp));
+    const Ipv4 sourceIp{source.sin_addr.s_addr};
     const int sourcePort = ntohs(source.sin_port);
     if (sourcePort != m_usDstPort) {
-        printf("CUdpCtrlSocket::RecvDataFromHost, failed, get data peer net info not match[%s  VS "
-               "%s], port[%d VS %d].\n",
-               m_szDstIp, sourceIp, m_usDstPort, sourcePort);
+        PrintLine("CUdpCtrlSocket::RecvDataFromHost, failed, get data peer net info not match[",
+                  m_szDstIp, "  VS ", sourceIp, "], port[", m_usDstPort, " VS ", sourcePort,
+                  "].\n");
         return -1;
     }
     strcpy(out, buffer);
     *outLen = static_cast<int>(received);
-    printf("CUdpCtrlSocket::RecvDataFromHost,  get data from[%s  VS %s], port[%d VS %d], msg[%s], "
-           "len[%d].\n",
-           m_szDstIp, sourceIp, m_usDstPort, sourcePort, out, *outLen);
+    PrintLine("CUdpCtrlSocket::RecvDataFromHost,  get data from[", m_szDstIp, "  VS ", sourceIp,
+              "], port[", m_usDstPort, " VS ", sourcePort, "], msg[", out, "], len[", *outLen,
+              "].\n");
     return 0;
 }
 

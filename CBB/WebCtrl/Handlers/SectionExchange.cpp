@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Handlers/SectionExchange.h"
 
-#include <cstdio>
-
+#include "CBB/Util/PrintLine.h"
 #include "CBB/WebCtrl/UdpCtrlSocket.h"
 
 HandlerTrace::HandlerTrace(const char* function, int line) : m_function(function), m_line(line) {
-    printf("FUN:%s, LINE:%d.\n", m_function, m_line);
+    PrintLine("FUN:", m_function, ", LINE:", m_line, ".\n");
 }
 
 HandlerTrace::~HandlerTrace() {
-    printf("FUN:%s, LINE:%d.\n", m_function, m_line);
+    PrintLine("FUN:", m_function, ", LINE:", m_line, ".\n");
 }
 
 int QueryRecord(CWebCtrl& controller, const char* query, const SectionImporter& importer,

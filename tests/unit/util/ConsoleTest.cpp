@@ -2,8 +2,10 @@
 #include "CBB/Util/DebugPrint.h"
 #include "CBB/Util/HexDump.h"
 #include "CBB/Util/Logger.h"
+#include "CBB/Util/PrintLine.h"
 #include "tests/support/Capture.h"
 
+#include <arpa/inet.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -46,6 +48,21 @@ TEST(DebugPrint, IsCutAndCanBeSilenced) {
     EXPECT_EQ("", Capture(print).out);
     DebugSetEnable(1);
     EXPECT_EQ("Debug[0]-enable=1\n", Capture(DebugMoreVerbose).out);
+}
+
+TEST(PrintLine, PutsItsPiecesTogether) {
+    const char* const name = "eth0";
+    const unsigned char flag = 255;
+    const auto print = [&] {
+        PrintLine("if:", name, ", ", Ipv4{htonl(0xC0A83202)}, "/", -1, " ", flag, " 0x",
+                  Hex{0xC0A8FF0}, std::string(), ".\n");
+        PrintLine(Ipv4{0}, "\n");
+    };
+    EXPECT_EQ("if:eth0, 192.168.50.2/-1 255 0xc0a8ff0.\n0.0.0.0\n", Capture(print).out);
+
+    const std::string text(1270, 'x');
+    const auto fill = [&] { PrintLine(text, "1234567", 255, Hex{255}, 6, text, 7); };
+    EXPECT_EQ(text + "1234567" + "ff", Capture(fill).out);
 }
 
 class LoggerTest : public testing::Test {
