@@ -26,17 +26,20 @@ ifreq RequestFor(const char* name) {
     return request;
 }
 
-int Ask(int socketType, unsigned long code, ifreq* request) {
-    const AutoLock lock(&g_stNetToolLock);
-    const CDescriptor sock(socket(AF_INET, socketType | SOCK_CLOEXEC, 0));
-    return sock.Get() >= 0 && ioctl(sock.Get(), code, request) == 0 ? 0 : -1;
+CDescriptor Open(int socketType) {
+    return CDescriptor(socket(AF_INET, socketType | SOCK_CLOEXEC, 0));
 }
 
-int GetAddress(const char* name, unsigned long code, uint32_t* addr) {
+int Ask(int sock, unsigned long code, ifreq* request) {
+    const AutoLock lock(&g_stNetToolLock);
+    return sock >= 0 && ioctl(sock, code, request) == 0 ? 0 : -1;
+}
+
+int GetAddress(int sock, const char* name, unsigned long code, uint32_t* addr) {
     if (name == nullptr)
         return -2;
     ifreq request = RequestFor(name);
-    if (Ask(SOCK_STREAM, code, &request) != 0)
+    if (Ask(sock, code, &request) != 0)
         return -1;
     sockaddr_in answer;
     memcpy(&answer, &request.ifr_addr, sizeof(answer));
@@ -52,7 +55,7 @@ int SetAddress(const char* name, unsigned long code, uint32_t addr) {
     wanted.sin_addr.s_addr = addr;
     ifreq request = RequestFor(name);
     memcpy(&request.ifr_addr, &wanted, sizeof(wanted));
-    return Ask(SOCK_STREAM, code, &request);
+    return Ask(Open(SOCK_STREAM).Get(), code, &request);
 }
 
 } // namespace
@@ -60,7 +63,11 @@ int SetAddress(const char* name, unsigned long code, uint32_t addr) {
 pthread_mutex_t g_stNetToolLock = PTHREAD_MUTEX_INITIALIZER;
 
 int GetIfAddr(const char* name, uint32_t* addr) {
-    return GetAddress(name, SIOCGIFADDR, addr);
+    return GetAddress(Open(SOCK_STREAM).Get(), name, SIOCGIFADDR, addr);
+}
+
+int GetIfAddr(int sock, const char* name, uint32_t* addr) {
+    return GetAddress(sock, name, SIOCGIFADDR, addr);
 }
 
 int SetIfAddr(const char* name, uint32_t addr) {
@@ -68,7 +75,7 @@ int SetIfAddr(const char* name, uint32_t addr) {
 }
 
 int GetIfNetmask(const char* name, uint32_t* mask) {
-    return GetAddress(name, SIOCGIFNETMASK, mask);
+    return GetAddress(Open(SOCK_STREAM).Get(), name, SIOCGIFNETMASK, mask);
 }
 
 int SetIfNetmask(const char* name, uint32_t mask) {
@@ -79,7 +86,7 @@ int GetIfHwAddr(const char* name, unsigned char mac[6]) {
     if (name == nullptr)
         return -1;
     ifreq request = RequestFor(name);
-    if (Ask(SOCK_DGRAM, SIOCGIFHWADDR, &request) != 0)
+    if (Ask(Open(SOCK_DGRAM).Get(), SIOCGIFHWADDR, &request) != 0)
         return -1;
     memcpy(mac, request.ifr_hwaddr.sa_data, 6);
     return 0;

@@ -15,6 +15,7 @@
 // 0; -1 when the kernel refuses, the output then being untouched; -2 for a null name (the hardware
 // address: -1).
 int GetIfAddr(const char* name, uint32_t* addr);
+int GetIfAddr(int sock, const char* name, uint32_t* addr); // asked on the caller's IPv4 socket
 int SetIfAddr(const char* name, uint32_t addr);
 int GetIfNetmask(const char* name, uint32_t* mask);
 int SetIfNetmask(const char* name, uint32_t mask);
