@@ -5,13 +5,14 @@
 #include <cstdio>
 #include <cstring>
 #include <mongoose.h>
+#include <string_view>
 
 namespace {
 
-constexpr char kHeaderBlock[] = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
-// Room for most answers, so that a member costs no allocation.
-constexpr size_t kUsualAnswerBytes = 2048;
-constexpr size_t kUsualChunkBytes = 128;
+constexpr std::string_view kHeaderBlock = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+// Stands before a chunk until its size is known. Most sizes have two digits.
+constexpr std::string_view kSizeLine = "xx\r\n";
+constexpr size_t kSizeDigits = 2;
 
 // Length of the UTF-8 sequence of two to four bytes at the start of `text`, which has `size` bytes
 // (RFC 3629, no overlong forms, no surrogates); 0 if there is none.
@@ -35,39 +36,15 @@ size_t Utf8Length(const unsigned char* text, size_t size) {
     return 0;
 }
 
-bool IsPlain(unsigned char byte) {
-    return byte >= 0x20 && byte < 0x7F && byte != '"' && byte != '\\' && byte != '<';
-}
-
-void AppendEscaped(std::string& out, const char* value, size_t size) {
-    const auto* text = reinterpret_cast<const unsigned char*>(value);
-    size_t at = 0;
-    while (at < size) {
-        size_t run = at;
-        while (run < size && IsPlain(text[run]))
-            ++run;
-        out.append(value + at, run - at);
-        at = run;
-        if (at == size)
-            return;
-        const unsigned char byte = text[at];
-        if (byte == '"' || byte == '\\') {
-            out.push_back('\\');
-            out.push_back(value[at++]);
-        } else if (byte < 0x80) {
-            char escape[sizeof("\\u0000")];
-            snprintf(escape, sizeof(escape), "\\u%04x", byte);
-            out.append(escape);
-            ++at;
-        } else if (const size_t length = Utf8Length(text + at, size - at)) {
-            out.append(value + at, length);
-            at += length;
-        } else {
-            out.append("\\ufffd");
-            ++at;
-        }
+// The bytes that stand for themselves.
+struct PlainBytes {
+    constexpr PlainBytes() : is() {
+        for (unsigned char byte = 0x20; byte < 0x7F; ++byte)
+            is[byte] = byte != '"' && byte != '\\' && byte != '<';
     }
-}
+    bool is[256];
+};
+constexpr PlainBytes kPlain;
 
 } // namespace
 
@@ -90,22 +67,19 @@ uint32_t NumberAt(const WebField& field, const void* block) {
 }
 
 JsonAnswer::JsonAnswer(mg_connection* connection) : m_connection(connection) {
-    m_answer.reserve(kUsualAnswerBytes);
-    m_chunk.reserve(kUsualChunkBytes);
-    m_answer = kHeaderBlock;
+    Add(kHeaderBlock);
 }
 
-void JsonAnswer::Member(const char* name, int value) {
-    m_chunk.assign(m_opening).append(name).append("\": \"");
-    m_chunk.append(std::to_string(value)).append("\"");
-    EndChunk();
+void JsonAnswer::Member(std::string_view name, int value) {
+    BeginMember(name);
+    AddNumber(value);
+    EndChunk("\"");
 }
 
-void JsonAnswer::Member(const char* name, const char* text, size_t maxBytes) {
-    m_chunk.assign(m_opening).append(name).append("\": \"");
-    AppendEscaped(m_chunk, text, strnlen(text, maxBytes));
-    m_chunk.append("\"");
-    EndChunk();
+void JsonAnswer::Member(std::string_view name, const char* text, size_t maxBytes) {
+    BeginMember(name);
+    AddEscaped({text, strnlen(text, maxBytes)});
+    EndChunk("\"");
 }
 
 void JsonAnswer::Member(const WebField& field, const void* block) {
@@ -115,32 +89,32 @@ void JsonAnswer::Member(const WebField& field, const void* block) {
         Member(field.member, static_cast<int>(NumberAt(field, block)));
 }
 
-void JsonAnswer::Chunk(const char* before, int value, const char* after) {
-    m_chunk.assign(before).append(std::to_string(value)).append(after);
-    EndChunk();
+void JsonAnswer::Chunk(std::string_view before, int value, std::string_view after) {
+    BeginChunk(before);
+    AddNumber(value);
+    EndChunk(after);
 }
 
-void JsonAnswer::Chunk(const char* before, const char* text, const char* after, size_t maxBytes) {
-    m_chunk.assign(before);
-    AppendEscaped(m_chunk, text, strnlen(text, maxBytes));
-    m_chunk.append(after);
-    EndChunk();
+void JsonAnswer::Chunk(std::string_view before, const char* text, std::string_view after,
+                       size_t maxBytes) {
+    BeginChunk(before);
+    AddEscaped({text, strnlen(text, maxBytes)});
+    EndChunk(after);
 }
 
-void JsonAnswer::Chunk(const char* text) {
-    m_chunk.assign(text);
-    EndChunk();
+void JsonAnswer::Chunk(std::string_view text) {
+    BeginChunk(text);
+    EndChunk("");
 }
 
-void JsonAnswer::Result(bool worked, const char* separator) {
-    m_chunk.assign(separator).append("\"result\": ").append(worked ? "1 }" : "0 }");
-    EndChunk();
+void JsonAnswer::Result(bool worked, std::string_view separator) {
+    BeginChunk(separator);
+    EndChunk(worked ? "\"result\": 1 }" : "\"result\": 0 }");
     End();
 }
 
 void JsonAnswer::End() {
-    m_answer.append("0\r\n\r\n");
-    mg_send(m_connection, m_answer.data(), m_answer.size());
+    Add("0\r\n\r\n");
     m_connection->is_resp = 0; // the library may take the next request
 }
 
@@ -149,12 +123,81 @@ void JsonAnswer::WriteResult(mg_connection* connection, bool worked) {
     answer.Result(worked, "{");
 }
 
-void JsonAnswer::EndChunk() {
-    char size[sizeof(size_t) * 2];
-    char* end = std::to_chars(size, size + sizeof(size), m_chunk.size(), 16).ptr;
-    m_answer.append(size, static_cast<size_t>(end - size))
-        .append("\r\n")
-        .append(m_chunk)
-        .append("\r\n");
+void JsonAnswer::Add(std::string_view text) {
+    mg_iobuf& out = m_connection->send;
+    if (text.size() > out.size - out.len) {
+        if (!mg_send(m_connection, text.data(), text.size()))
+            m_connection->is_closing = 1; // out of memory: better no answer than a part of one
+        return;
+    }
+    memcpy(out.buf + out.len, text.data(), text.size());
+    out.len += text.size();
+}
+
+void JsonAnswer::AddNumber(int value) {
+    char digits[sizeof("-2147483648")];
+    const char* end = std::to_chars(digits, digits + sizeof(digits), value).ptr;
+    Add({digits, static_cast<size_t>(end - digits)});
+}
+
+void JsonAnswer::AddEscaped(std::string_view value) {
+    const auto* text = reinterpret_cast<const unsigned char*>(value.data());
+    const size_t size = value.size();
+    size_t at = 0;
+    while (at < size) {
+        size_t run = at;
+        while (run < size && kPlain.is[text[run]])
+            ++run;
+        Add(value.substr(at, run - at));
+        at = run;
+        if (at == size)
+            return;
+        const unsigned char byte = text[at];
+        if (byte == '"' || byte == '\\') {
+            Add("\\");
+            Add(value.substr(at++, 1));
+        } else if (byte < 0x80) {
+            char escape[sizeof("\\u0000")];
+            snprintf(escape, sizeof(escape), "\\u%04x", byte);
+            Add(escape);
+            ++at;
+        } else if (const size_t length = Utf8Length(text + at, size - at)) {
+            Add(value.substr(at, length));
+            at += length;
+        } else {
+            Add("\\ufffd");
+            ++at;
+        }
+    }
+}
+
+void JsonAnswer::BeginMember(std::string_view name) {
+    BeginChunk(m_opening);
+    Add(name);
+    Add("\": \"");
+}
+
+void JsonAnswer::BeginChunk(std::string_view text) {
+    Add(kSizeLine);
+    m_chunkAt = m_connection->send.len;
     m_opening = ", \"";
+    Add(text);
+}
+
+void JsonAnswer::EndChunk(std::string_view text) {
+    Add(text);
+    if (m_connection->is_closing)
+        return;
+    mg_iobuf& out = m_connection->send;
+    char digits[sizeof(size_t) * 2];
+    const char* end = std::to_chars(digits, digits + sizeof(digits), out.len - m_chunkAt, 16).ptr;
+    const auto count = static_cast<size_t>(end - digits);
+    const size_t at = m_chunkAt - kSizeLine.size();
+    if (count != kSizeDigits) {
+        mg_iobuf_del(&out, at, kSizeDigits);
+        mg_iobuf_add(&out, at, digits, count);
+    } else {
+        memcpy(out.buf + at, digits, count);
+    }
+    Add("\r\n");
 }
