@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/HttpServer.h"
 
-#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <malloc.h>
@@ -11,11 +10,12 @@
 #include <sys/stat.h>
 #include <utility>
 
+#include "CBB/Util/PrintLine.h"
 #include "CBB/WebCtrl/ExchangeQueue.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "CBB/WebCtrl/HostGuard.h"
 #include "CBB/WebCtrl/HttpConnection.h"
-#include "CBB/WebCtrl/IncludePage.h"
+#include "CBB/WebCtrl/StaticFiles.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 
 namespace {
@@ -23,68 +23,54 @@ namespace {
 constexpr int kPollMs = 1000;
 
 struct Route {
-    const char* uri;
+    std::string_view uri;
     Handler handler;
-    const char* announced; // printed before the call, if at all
+    const char* announced; // printed before the call
 };
 
 constexpr Route kRoutes[] = {
-    {"/get_LangInfo", get_LangInfo, "--------------------------get_LangInfo, start."},
-    {"/set_LangInfo", set_LangInfo, nullptr},
-    {"/get_BaseInfo", get_BaseInfo, "--------------------------get_BaseInfo, start."},
-    {"/set_BaseInfo", set_BaseInfo, nullptr},
-    {"/get_MirrorInfo", get_MirrorInfo, nullptr},
-    {"/set_MirrorInfo", set_MirrorInfo, nullptr},
-    {"/get_NetWModeInfo", get_NetWModeInfo, nullptr},
-    {"/set_NetWModeInfo", set_NetWModeInfo, nullptr},
-    {"/get_VCmsInfo", get_VCmsInfo, nullptr},
-    {"/set_VCmsInfo", set_VCmsInfo, nullptr},
-    {"/get_WifiInfo", get_WifiInfo, nullptr},
-    {"/set_WifiInfo", set_WifiInfo, nullptr},
-    {"/get_GNetInfo", get_GNetInfo, nullptr},
-    {"/set_GNetInfo", set_GNetInfo, nullptr},
-    {"/get_GB28181Info", get_GB28181Info, nullptr},
-    {"/set_GB28181Info", set_GB28181Info, nullptr},
-    {"/get_cpu_usage", get_cpu_usage, "-------------------handle_get_cpu_usage."},
-    {"/get_VersionInfo", get_VersionInfo, nullptr},
-    {"/get_SystemInfo", get_SystemInfo, nullptr},
+    {"/get_LangInfo", get_LangInfo, "--------------------------get_LangInfo, start.\n"},
+    {"/set_LangInfo", set_LangInfo, ""},
+    {"/get_BaseInfo", get_BaseInfo, "--------------------------get_BaseInfo, start.\n"},
+    {"/set_BaseInfo", set_BaseInfo, ""},
+    {"/get_MirrorInfo", get_MirrorInfo, ""},
+    {"/set_MirrorInfo", set_MirrorInfo, ""},
+    {"/get_NetWModeInfo", get_NetWModeInfo, ""},
+    {"/set_NetWModeInfo", set_NetWModeInfo, ""},
+    {"/get_VCmsInfo", get_VCmsInfo, ""},
+    {"/set_VCmsInfo", set_VCmsInfo, ""},
+    {"/get_WifiInfo", get_WifiInfo, ""},
+    {"/set_WifiInfo", set_WifiInfo, ""},
+    {"/get_GNetInfo", get_GNetInfo, ""},
+    {"/set_GNetInfo", set_GNetInfo, ""},
+    {"/get_GB28181Info", get_GB28181Info, ""},
+    {"/set_GB28181Info", set_GB28181Info, ""},
+    {"/get_cpu_usage", get_cpu_usage, "-------------------handle_get_cpu_usage.\n"},
+    {"/get_VersionInfo", get_VersionInfo, ""},
+    {"/get_SystemInfo", get_SystemInfo, ""},
 };
 
-// Every other option keeps the library's default.
-mg_http_serve_opts g_serveOptions{};
+constexpr char kStartLine[] = "--------------------------DoHttpRequeset, start.\n";
+
+const char* g_webRoot;
 
 std::string_view Header(mg_http_message* message, const char* name) {
     const mg_str* value = mg_http_get_header(message, name);
     return value != nullptr ? std::string_view(value->buf, value->len) : std::string_view();
 }
 
-// Answers a request that another site's page sent; false when it is none.
-bool RefuseForeignRequest(mg_connection* connection, mg_http_message* message) {
-    const std::string_view host = Header(message, "Host");
-    const std::string_view origin = Header(message, "Origin");
-    if (IsTrustedRequest(host, origin))
-        return false;
+void RefuseForeignRequest(mg_connection* connection, std::string_view host,
+                          std::string_view origin) {
     printf("CWebCtrl::DoHttpRequest, refused, host:%.*s, origin:%.*s.\n",
            static_cast<int>(host.size()), host.data(), static_cast<int>(origin.size()),
            origin.data());
     mg_http_reply(connection, 403, "", "This name or site may not use the recorder\n");
-    return true;
-}
-
-// Answers a request whose path the library could not decode: it would look up what it has of the
-// path and, the text having no end, whatever lies behind it on the stack.
-bool RefuseMalformedPath(mg_connection* connection, mg_http_message* message) {
-    char path[PATH_MAX];
-    if (mg_url_decode(message->uri.buf, message->uri.len, path, sizeof(path), 0) >= 0)
-        return false;
-    mg_http_reply(connection, 400, "", "Invalid path\n");
-    return true;
 }
 
 // The route of exactly this path; null when it is a file's.
 const Route* FindRoute(mg_str uri) {
     for (const Route& route : kRoutes) {
-        if (mg_strcmp(uri, mg_str(route.uri)) == 0)
+        if (route.uri == std::string_view(uri.buf, uri.len))
             return &route;
     }
     return nullptr;
@@ -126,7 +112,7 @@ int RunWebServer(const char* webRoot) {
         mg_mgr_free(&manager);
         return -1;
     }
-    g_serveOptions.root_dir = webRoot;
+    g_webRoot = webRoot;
     struct stat status;
     if (stat(webRoot, &status) != 0) {
         fputs("Cannot find web_root directory, exiting\n", stderr);
@@ -157,21 +143,20 @@ void HttpEventHandler(mg_connection* connection, int event, void* eventData) {
 }
 
 void CWebCtrl::DoHttpRequest(mg_connection* connection, mg_http_message* message) {
+    // Lines that follow each other are printed at once: a write(2) is a good part of what a small
+    // request costs.
     const Route* route = FindRoute(message->uri);
     if (route != nullptr) {
-        puts("--------------------------DoHttpRequeset, start.");
-        if (RefuseForeignRequest(connection, message))
-            return;
-        if (route->announced != nullptr)
-            puts(route->announced);
-        route->handler(*this, connection, message);
+        const std::string_view host = Header(message, "Host");
+        const std::string_view origin = Header(message, "Origin");
+        const bool trusted = IsTrustedRequest(host, origin);
+        PrintLine(kStartLine, trusted ? route->announced : "");
+        if (trusted)
+            route->handler(*this, connection, message);
+        else
+            RefuseForeignRequest(connection, host, origin);
         return;
     }
-    // Both lines at once: each write(2) is a good part of what a small file costs.
-    fputs("--------------------------DoHttpRequeset, start.\n"
-          "------------others-------mg_serve_http.\n",
-          stdout);
-    if (!RefuseMalformedPath(connection, message) &&
-        !ServeIncludePage(connection, message, g_serveOptions.root_dir))
-        mg_http_serve_dir(connection, message, &g_serveOptions);
+    PrintLine(kStartLine, "------------others-------mg_serve_http.\n");
+    ServeFile(connection, message, g_webRoot);
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/IncludePage.h"
 
-#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -26,15 +25,6 @@ Setting g_settings[] = {{"setting1", "value1"}, {"setting2", "value2"}};
 bool EndsWith(const std::string& text, const char* ending) {
     const size_t length = strlen(ending);
     return text.size() >= length && text.compare(text.size() - length, length, ending) == 0;
-}
-
-bool IsIncludePage(const std::string& path) {
-    return EndsWith(path, ".shtml") || EndsWith(path, ".shtm");
-}
-
-bool IsFile(const std::string& path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 std::string RealPath(const std::string& path) {
@@ -102,33 +92,15 @@ void Render(const std::string& path, const std::string& webRoot, int depth, std:
     page.append(text, at, std::string::npos);
 }
 
-// The file that a request for a page or a folder means; empty when it is no include page.
-std::string RequestedPage(const mg_str& uri, const char* webRoot) {
-    char decoded[PATH_MAX];
-    if (mg_url_decode(uri.buf, uri.len, decoded, sizeof(decoded), 0) < 0 ||
-        !mg_path_is_sane(mg_str(decoded)))
-        return "";
-    std::string path = std::string(webRoot) + decoded;
-    if (EndsWith(path, "/") && !IsFile(path + "index.html") && !IsFile(path + "index.html.gz"))
-        path += "index.shtml";
-    return IsIncludePage(path) && IsFile(path) ? path : "";
-}
-
 } // namespace
 
-bool ServeIncludePage(mg_connection* connection, mg_http_message* message, const char* webRoot) {
-    const std::string path = RequestedPage(message->uri, webRoot);
-    if (path.empty())
-        return false;
-    const std::string page = RenderIncludePage(path, webRoot);
-    mg_printf(connection,
-              "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\n"
-              "Content-Length: %lu\r\n\r\n",
-              static_cast<unsigned long>(page.size()));
-    if (mg_strcasecmp(message->method, mg_str("HEAD")) != 0)
-        mg_send(connection, page.data(), page.size());
-    connection->is_resp = 0;
-    return true;
+bool IsIncludePage(const std::string& path) {
+    return EndsWith(path, ".shtml") || EndsWith(path, ".shtm");
+}
+
+bool IsFile(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 std::string RenderIncludePage(const std::string& path, const std::string& webRoot) {

@@ -3,14 +3,13 @@
 
 #include <string>
 
-struct mg_connection;
-struct mg_http_message;
+/// Whether the name is one of a page with server-side include tags: it ends in .shtml or .shtm.
+bool IsIncludePage(const std::string& path);
 
-/// Answers a request for a page whose name ends in .shtml or .shtm, or for a folder whose index
-/// page is one. Returns false, having done nothing, for every other request.
-bool ServeIncludePage(mg_connection* connection, mg_http_message* message, const char* webRoot);
+/// Whether there is a regular file of this name.
+bool IsFile(const std::string& path);
 
-/// The page at `path` with its server-side include tags carried out:
+/// The page at `path` with its tags carried out:
 ///
 ///     <!--#call setting1 -->       the setting's value, HTML-escaped; nothing for an unknown one
 ///     <!--#include file="x" -->    the file x beside the page, itself rendered if it is a page
