@@ -15,7 +15,8 @@ const FieldRow* FindField(const char* name, const FieldRow* fields, std::size_t 
     for (std::size_t tried = 0; tried < count; ++tried) {
         const std::size_t at = *next;
         *next = at + 1 < count ? at + 1 : 0;
-        if (strcasecmp(name, fields[at].name) == 0)
+        // They mostly write the names as they are here, too.
+        if (strcmp(name, fields[at].name) == 0 || strcasecmp(name, fields[at].name) == 0)
             return &fields[at];
     }
     return nullptr;

@@ -3,6 +3,7 @@
 
 #include "CBB/Util/Clock.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 
@@ -54,11 +55,29 @@ char* FormatTimeText(time_t t, char* text) {
     static char buffer[kTimeTextSize];
     char* out = text != nullptr ? text : buffer;
     tm local;
-    if (LocalTime(t, &local) == nullptr ||
-        strftime(out, kTimeTextSize, "%Y-%m-%d %H:%M:%S", &local) == 0) {
+    if (LocalTime(t, &local) != nullptr)
+        FormatTimeText(local, out);
+    else
         *out = '\0';
-    }
     return text != nullptr ? nullptr : buffer;
+}
+
+void FormatTimeText(const tm& local, char* text) {
+    const struct {
+        char before;
+        int value;
+    } numbers[] = {{'-', local.tm_mon + 1},
+                   {'-', local.tm_mday},
+                   {' ', local.tm_hour},
+                   {':', local.tm_min},
+                   {':', local.tm_sec}};
+    char* at = std::to_chars(text, text + kTimeTextSize / 2, local.tm_year + kTmYear).ptr;
+    for (const auto& number : numbers) {
+        *at++ = number.before;
+        *at++ = static_cast<char>('0' + number.value / 10);
+        *at++ = static_cast<char>('0' + number.value % 10);
+    }
+    *at = '\0';
 }
 
 int FormatTime(time_t t, char* text) {

@@ -48,6 +48,11 @@ const TiXmlAttribute* ActionOf(const TiXmlElement* root) {
     return first;
 }
 
+// Whether a `<` begins an element, rather than ending one or being markup of another kind.
+bool OpensElement(const char* at) {
+    return at[1] != '\0' && at[1] != '/' && at[1] != '!' && at[1] != '?';
+}
+
 // The `>` that ends the tag (or the text's end): one inside quotes ends nothing.
 const char* EndOfTag(const char* at) {
     for (char quote = '\0'; *at != '\0' && (quote != '\0' || *at != '>'); ++at) {
@@ -115,14 +120,14 @@ int CWebCtrl::GetParaSection(TiXmlDocument& doc, const char* text, TiXmlElement*
 bool IsShallowXml(const char* text) {
     int elements = 0;
     for (const char* at = strchr(text, '<'); at != nullptr; at = strchr(at + 1, '<'))
-        elements += strchr("/!?", at[1]) == nullptr;
+        elements += OpensElement(at);
     if (elements <= kMaxXmlDepth || elements > kMaxXmlElements)
         return elements <= kMaxXmlDepth;
 
     int depth = 0;
     for (const char* at = strchr(text, '<'); at != nullptr; at = strchr(at, '<')) {
         const bool closes = at[1] == '/';
-        const bool opens = strchr("/!?", at[1]) == nullptr;
+        const bool opens = OpensElement(at);
         at = EndOfTag(at + 1);
         depth += opens && at[-1] != '/' ? 1 : closes ? -1 : 0;
         if (depth > kMaxXmlDepth)

@@ -144,13 +144,14 @@ int CUdpCtrlSocket::RecvDataFromHost(char* out, int* outLen) {
     if ((events & POLLIN) == 0)
         return -1;
 
-    char buffer[kReplyBytes + 1] = {};
+    char buffer[kReplyBytes + 1];
     sockaddr_in source{};
     socklen_t sourceLen = sizeof(source);
     const ssize_t received = recvfrom(m_iSock, buffer, kReplyBytes, MSG_DONTWAIT,
                                       reinterpret_cast<sockaddr*>(&source), &sourceLen);
     if (received < 1)
         return -1;
+    buffer[received] = '\0';
 
     const Ipv4 sourceIp{source.sin_addr.s_addr};
     const int sourcePort = ntohs(source.sin_port);

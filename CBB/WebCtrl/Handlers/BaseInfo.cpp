@@ -4,6 +4,7 @@
 #include <ctime>
 
 #include "CBB/Config/FieldConvert.h"
+#include "CBB/Util/TimeFun.h"
 #include "CBB/WebCtrl/Handlers/Form.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "CBB/WebCtrl/Handlers/JsonAnswer.h"
@@ -37,8 +38,8 @@ void get_BaseInfo(CWebCtrl& controller, mg_connection* connection, mg_http_messa
     const time_t now = time(nullptr);
     tm local{};
     localtime_r(&now, &local);
-    char currentTime[kTimeTextBytes] = {};
-    strftime(currentTime, sizeof(currentTime), "%Y-%m-%d %H:%M:%S", &local);
+    char currentTime[kTimeTextSize];
+    FormatTimeText(local, currentTime);
 
     BaseInfoPara para{};
     const int error = getBaseInfoFromNet(controller, &para);

@@ -13,14 +13,13 @@ HandlerTrace::~HandlerTrace() {
 }
 
 int QueryRecord(CWebCtrl& controller, const char* query, const SectionImporter& importer,
-                DeviceParaRecord* record) {
-    char reply[kReplyCapacity] = {};
+                CConfig_Task& task) {
+    char reply[kReplyCapacity];
     int replyLen = 0;
     if (controller.GetParaInfoByCmd(query, reply, &replyLen) != 0)
         return -1;
     return ImportSection(controller, reply, [&](const TiXmlElement* section) {
-        CConfig_Task task;
-        return importer(task, section, record);
+        return importer(task, section, &task.m_stPara);
     });
 }
 

@@ -27,30 +27,30 @@ private:
 using SectionImporter =
     std::function<int(CConfig_Task&, const TiXmlElement* section, DeviceParaRecord* record)>;
 
-/// Sends a query and imports the section of its reply into the zeroed `*record`. Returns the
-/// importer's result (0 on success, the record may hold a part otherwise), -1 when the exchange
-/// failed.
+/// Sends a query and imports the section of its reply into the task's own record, which was zero.
+/// Returns the importer's result (0 on success, the record may hold a part otherwise), -1 when the
+/// exchange failed.
 int QueryRecord(CWebCtrl& controller, const char* query, const SectionImporter& importer,
-                DeviceParaRecord* record);
+                CConfig_Task& task);
 
 /// QueryRecord of one block: copied into `*out` on success, which else stays as it is. A table of
 /// entries gives its first one.
 template <typename Block>
 int QueryBlock(CWebCtrl& controller, const char* query, const SectionImporter& importer,
                Block DeviceParaRecord::*block, Block* out) {
-    DeviceParaRecord record{};
-    const int result = QueryRecord(controller, query, importer, &record);
+    CConfig_Task task;
+    const int result = QueryRecord(controller, query, importer, task);
     if (result == 0)
-        *out = record.*block;
+        *out = task.m_stPara.*block;
     return result;
 }
 template <typename Block, size_t N>
 int QueryBlock(CWebCtrl& controller, const char* query, const SectionImporter& importer,
                Block (DeviceParaRecord::*blocks)[N], Block* out) {
-    DeviceParaRecord record{};
-    const int result = QueryRecord(controller, query, importer, &record);
+    CConfig_Task task;
+    const int result = QueryRecord(controller, query, importer, task);
     if (result == 0)
-        *out = (record.*blocks)[0];
+        *out = (task.m_stPara.*blocks)[0];
     return result;
 }
 
