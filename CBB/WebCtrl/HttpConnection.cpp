@@ -5,6 +5,7 @@
 #include <cstring>
 #include <mongoose.h>
 #include <sys/socket.h>
+#include <utility>
 
 namespace {
 
@@ -37,6 +38,8 @@ struct ConnectionState {
 static_assert(sizeof(ConnectionState) <=
               (MG_DATA_SIZE - sizeof(size_t)) / sizeof(size_t) * sizeof(size_t));
 static_assert(alignof(ConnectionState) <= alignof(void*));
+
+bool g_requestLies; // of the web thread alone
 
 ConnectionState& StateOf(mg_connection* connection) {
     return *static_cast<ConnectionState*>(static_cast<void*>(connection->data));
@@ -106,9 +109,8 @@ void OnHeaders(mg_connection* connection, mg_http_message* message) {
 // Sends what was answered, and the first piece of a file behind its head, as the library would do a
 // turn of its loop and three system calls later. What the socket does not take is left to it.
 void SendAtOnce(mg_connection* connection) {
-    // The library is about to send, and would take nothing sent for the connection's end; a file
-    // that ends here would leave a request that has come behind it lying.
-    if (connection->is_writable || (connection->recv.len > 0 && connection->is_resp))
+    // The library is about to send, and would take nothing sent for the connection's end.
+    if (connection->is_writable)
         return;
     if (connection->pfn != nullptr)
         connection->pfn(connection, MG_EV_WRITE, nullptr);
@@ -119,6 +121,13 @@ void SendAtOnce(mg_connection* connection) {
     out.len -= static_cast<size_t>(sent);
     memmove(out.buf, out.buf + sent, out.len);
     mg_call(connection, MG_EV_WRITE, &sent);
+}
+
+void OnWrite(mg_connection* connection) {
+    if (!StateOf(connection).refused)
+        SetDeadline(connection, kIdleMs);
+    // A file has ended. The library looks at the request behind it in its next turn.
+    g_requestLies = g_requestLies || (!connection->is_resp && connection->recv.len > 0);
 }
 
 void OnRead(mg_connection* connection) {
@@ -169,8 +178,7 @@ void GuardConnection(mg_connection* connection, int event, void* eventData) {
         OnRead(connection);
         break;
     case MG_EV_WRITE:
-        if (!StateOf(connection).refused)
-            SetDeadline(connection, kIdleMs);
+        OnWrite(connection);
         break;
     case MG_EV_POLL:
         OnProgress(connection, *static_cast<uint64_t*>(eventData));
@@ -197,4 +205,8 @@ bool AdmitRequest(mg_connection* connection, mg_http_message* message) {
 
 void LetWait(mg_connection* connection) {
     StateOf(connection).waiting = true;
+}
+
+bool RequestLies() {
+    return std::exchange(g_requestLies, false);
 }

@@ -22,3 +22,7 @@ bool AdmitRequest(mg_connection* connection, mg_http_message* message);
 /// To be called for an admitted request that is answered after its event. Until then the connection
 /// is neither read nor closed for idling.
 void LetWait(mg_connection* connection);
+
+/// Whether a request has lain received since the last call, behind one that has been answered now;
+/// the loop must not rest then.
+bool RequestLies();

@@ -120,7 +120,7 @@ int RunWebServer(const char* webRoot) {
     }
     printf("Starting web server on port %s\n", port.c_str());
     for (;;)
-        mg_mgr_poll(&manager, ExchangesWait() ? 0 : kPollMs);
+        mg_mgr_poll(&manager, ExchangesWait() || RequestLies() ? 0 : kPollMs);
 }
 
 void HttpEventHandler(mg_connection* connection, int event, void* eventData) {

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // HTTP as clients expect it: connection reuse, order, limits and refusals.
 
+#include <chrono>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
 
+#include "tests/support/Sandbox.h"
 #include "tests/system/Daemon.h"
 #include "tests/system/HttpClient.h"
 #include "tests/system/Recorder.h"
@@ -60,6 +62,29 @@ TEST_F(Http, AnswersPipelinedRequestsInOrder) {
     EXPECT_EQ(client.Read().head, kChunkedHead);
     EXPECT_EQ(client.Read().body, "small");
     EXPECT_TRUE(client.ClosedWithin(5));
+}
+
+TEST_F(Http, SendsBehindAFullSocketAndBehindFiles) {
+    WriteFile("small.txt", "small");
+    Start();
+    Shell("echo 4096 4096 4096 >/proc/sys/net/ipv4/tcp_wmem");
+    std::string requests;
+    for (int i = 0; i < 2000; ++i)
+        requests += "GET /get_cpu_usage HTTP/1.1\r\n\r\n";
+    HttpClient full;
+    full.Send(requests);
+    for (int i = 0; i < 2000; ++i)
+        ASSERT_EQ(full.Read().chunks.size(), 2u) << i;
+
+    requests.clear();
+    for (int i = 0; i < 20; ++i)
+        requests += Request("/small.txt");
+    HttpClient client;
+    client.Send(requests);
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(client.Read().body, "small");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
 }
 
 TEST_F(Http, HoldsAFileUpForOneExchangeOnly) {
@@ -206,6 +231,7 @@ TEST_F(Http, LetsNoOtherSiteUseTheApi) {
         EXPECT_EQ(client.Read().head.substr(9, 3), each.status) << each.path << each.headers;
     }
     EXPECT_EQ(Count(daemon.Output(), "CWebCtrl::DoHttpRequest, refused, host:"), 3);
+    EXPECT_EQ(Count(daemon.Output(), "handle_get_cpu_usage."), 3);
     EXPECT_FALSE(recorder.HasMore());
 }
 
