@@ -42,8 +42,7 @@ void ServeFile(mg_connection* connection, mg_http_message* message, const char* 
             mg_http_serve_file(connection, message, index.c_str(), &options);
             return;
         }
-        if (!IsFile(index + ".gz"))
-            path += "index.shtml";
+        path += "index.shtml";
     }
     if (IsIncludePage(path) && IsFile(path))
         SendPage(connection, message, RenderIncludePage(path, webRoot));

@@ -115,7 +115,9 @@ void SystemTest::TearDown() {
 }
 
 void SystemTest::WriteFile(const std::string& name, const std::string& content) {
-    std::ofstream(m_folder + "/web_root/" + name, std::ios::binary) << content;
+    const fs::path path = m_folder + "/web_root/" + name;
+    fs::create_directories(path.parent_path());
+    std::ofstream(path, std::ios::binary) << content;
 }
 
 Daemon& SystemTest::Start(const std::vector<std::string>& options) {

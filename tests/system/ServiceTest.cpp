@@ -225,6 +225,9 @@ TEST_F(Service, RendersIncludePages) {
     WriteFile("part.html", "<b>&</b>");
     WriteFile("inner.shtml", "(<!--#call setting2 -->)");
     WriteFile("loop.shtm", "x<!--#include file=\"loop.shtm\" -->");
+    WriteFile("sub/index.shtml", "sub");
+    WriteFile("sub/index.html.gz", "compressed");
+    WriteFile("../index.html", "outside");
     WriteFile("index.shtml",
               "<!--#call setting1 -->|<!--#call nothing -->|<!--#include file=\"part.html\" -->|"
               "<!--#include file=\"inner.shtml\" -->|<!--#include file=\"../log\" -->|"
@@ -239,7 +242,9 @@ TEST_F(Service, RendersIncludePages) {
         {"/loop.shtm", "xxxxxx"},
         {"/part.html", "<b>&</b>"},
         {"/none.shtml", "Not found\n"},
+        {"/sub/", "sub"},
         {"/%2e%2e/log.shtml", "Invalid path"},
+        {"/%2e%2e/", "Invalid path"},
     };
     for (const auto& each : cases) {
         HttpClient client;

@@ -68,7 +68,7 @@ TEST(ControlSocket, TakesTheFirstDatagramThatComesAfterTheSend) {
     address.sin_family = AF_INET;
     address.sin_port = htons(6000);
     ASSERT_EQ(bind(recorder.Get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-    CUdpCtrlSocket sock("127.0.0.1", 6000, 1, "eth0");
+    CUdpCtrlSocket sock("127.1", 6000, 1, "eth0"); // an older form, as inet_addr(3) takes it
     address.sin_port = htons(4999);
     address.sin_addr.s_addr = inet_addr("192.168.50.2");
     const auto reply = [&](const char* text) {
@@ -87,10 +87,16 @@ TEST(ControlSocket, TakesTheFirstDatagramThatComesAfterTheSend) {
     });
     EXPECT_STREQ(out, "answer");
     EXPECT_EQ(outLen, 6);
+    sockaddr_in source{};
+    socklen_t sourceLen = sizeof(source);
+    EXPECT_EQ(recvfrom(recorder.Get(), out, sizeof(out), MSG_DONTWAIT,
+                       reinterpret_cast<sockaddr*>(&source), &sourceLen),
+              8);
+    EXPECT_EQ(memcmp(&source, &address, sizeof(source)), 0); // eth0's, port 4999
     EXPECT_EQ(printed,
               "CUdpCtrlSocket::SendData2Wifi, m_bMaskBC:1, dest[0x100007f], send data[len:8], "
               "msg:question, ok.\n"
-              "CUdpCtrlSocket::RecvDataFromHost,  get data from[127.0.0.1  VS 192.168.50.2], "
+              "CUdpCtrlSocket::RecvDataFromHost,  get data from[127.1  VS 192.168.50.2], "
               "port[6000 VS 6000], msg[answer], len[6].\n");
     const std::string large(256, 'x');
     EXPECT_EQ(CaptureStdout([&] { EXPECT_EQ(sock.SendDataToHost(large.c_str(), 256), 0); }), "");
