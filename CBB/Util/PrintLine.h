@@ -16,7 +16,7 @@ struct Ipv4 {
     uint32_t address;
 };
 
-// A line of the console, put together from its pieces and cut at 1279 bytes, before a number
+// A line of the console, put together from its pieces and cut at 1279 bytes, or before a number
 // that does not fit.
 class ConsoleLine {
 public:
@@ -41,8 +41,8 @@ private:
     size_t m_size = 0;
 };
 
-// Prints texts, integers, Hex and Ipv4 one behind the other, at a tenth of what printf(3) takes for
-// it: every exchange prints half a dozen such lines.
+// Prints texts, integers, Hex and Ipv4 one behind the other, at an eighth of what printf(3) takes:
+// every exchange prints half a dozen such lines.
 template <typename... Pieces>
 void PrintLine(const Pieces&... pieces) {
     ConsoleLine line;

@@ -6,7 +6,6 @@
 //
 // A sanitizer has its own operators, which see a block used after its end; it is built without this
 // file.
-#include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -49,7 +48,7 @@ private:
 
 [[gnu::noinline]] void* Allocate(size_t size) {
     static thread_local const Opening opening;
-    void* block = malloc(size);
+    void* block = malloc(size > 0 ? size : 1);
     if (block == nullptr)
         throw std::bad_alloc(); // as the language asks of it; nobody here catches it
     return block;

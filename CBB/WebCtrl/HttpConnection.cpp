@@ -110,7 +110,7 @@ void OnHeaders(mg_connection* connection, mg_http_message* message) {
 // turn of its loop and three system calls later. What the socket does not take is left to it.
 void SendAtOnce(mg_connection* connection) {
     // The library is about to send, and would take nothing sent for the connection's end.
-    if (connection->is_writable)
+    if (connection->is_writable || connection->is_closing)
         return;
     if (connection->pfn != nullptr)
         connection->pfn(connection, MG_EV_WRITE, nullptr);

@@ -127,7 +127,7 @@ void JsonAnswer::Add(std::string_view text) {
     mg_iobuf& out = m_connection->send;
     if (text.size() > out.size - out.len) {
         if (!mg_send(m_connection, text.data(), text.size()))
-            m_connection->is_closing = 1; // out of memory: better no answer than a part of one
+            m_connection->is_closing = 1; // no memory: rather no answer than a part of one
         return;
     }
     memcpy(out.buf + out.len, text.data(), text.size());
@@ -195,7 +195,8 @@ void JsonAnswer::EndChunk(std::string_view text) {
     const size_t at = m_chunkAt - kSizeLine.size();
     if (count != kSizeDigits) {
         mg_iobuf_del(&out, at, kSizeDigits);
-        mg_iobuf_add(&out, at, digits, count);
+        if (mg_iobuf_add(&out, at, digits, count) != count)
+            m_connection->is_closing = 1;
     } else {
         memcpy(out.buf + at, digits, count);
     }
