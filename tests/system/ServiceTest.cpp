@@ -225,7 +225,7 @@ TEST_F(Service, RendersIncludePages) {
     WriteFile("part.html", "<b>&</b>");
     WriteFile("inner.shtml", "(<!--#call setting2 -->)");
     WriteFile("loop.shtm", "x<!--#include file=\"loop.shtm\" -->");
-    WriteFile("sub/index.shtml", "sub");
+    WriteFile("sub/index.shtml", "<!--#call setting2 -->");
     WriteFile("sub/index.html.gz", "compressed");
     WriteFile("../index.html", "outside");
     WriteFile("index.shtml",
@@ -242,7 +242,7 @@ TEST_F(Service, RendersIncludePages) {
         {"/loop.shtm", "xxxxxx"},
         {"/part.html", "<b>&</b>"},
         {"/none.shtml", "Not found\n"},
-        {"/sub/", "sub"},
+        {"/sub/", "value2"},
         {"/%2e%2e/log.shtml", "Invalid path"},
         {"/%2e%2e/", "Invalid path"},
     };
