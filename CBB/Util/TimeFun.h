@@ -34,9 +34,11 @@ void TimeUnixToHuman(time_t t, TIME_S* human);
 // "2024-03-31 02:30:00" into kTimeTextSize bytes at text, returning null; with a null text into a
 // static buffer, which is returned.
 char* FormatTimeText(time_t t, char* text);
-void FormatTimeText(const tm& local, char* text); // a fifth of what strftime(3) takes
 
-// The same into kTimeTextSize bytes at text; returns the length.
+// The same of a time at hand, into kTimeTextSize bytes at text.
+void FormatTimeText(const tm& local, char* text);
+
+// "2024-03-31 02:30:00" into kTimeTextSize bytes at text; returns the length.
 int FormatTime(time_t t, char* text);
 
 // 28 to 31; 31 also for months out of range.

@@ -11,6 +11,7 @@ struct mg_http_message;
 /// - accepted: beyond 128 connections the one idle for longest is closed;
 /// - headers complete: `Expect: 100-continue` is answered, a request over 64 KiB is refused with
 ///   413 and closed;
+/// - received: what has been answered by then is sent, as far as the socket takes it;
 /// - nothing received or sent for 30 s: closed.
 void GuardConnection(mg_connection* connection, int event, void* eventData);
 
