@@ -36,7 +36,8 @@ void ServeFile(mg_connection* connection, mg_http_message* message, const char* 
         mg_http_serve_dir(connection, message, &options); // refuses it
         return;
     }
-    if (path.back() == '/') {
+    // A slash that was encoded makes no folder: the library redirects to the plain one.
+    if (path.back() == '/' && mg_match(message->uri, mg_str("#/"), nullptr)) {
         const std::string index = path + "index.html";
         if (IsFile(index)) {
             mg_http_serve_file(connection, message, index.c_str(), &options);
