@@ -2,7 +2,7 @@
 // Every parameter section of the recorder in one flat, plain record.
 #pragma once
 
-#include "CBB/Config/OtherSections.h"
+#include "CBB/Config/VideoSections.h"
 #include "CBB/Config/WebSections.h"
 
 #include <type_traits>

@@ -13,7 +13,7 @@
 #include "CBB/Util/DebugPrint.h"
 #include "CBB/Util/Logger.h"
 #include "CBB/Util/Thread.h"
-#include "CBB/WebCtrl/HttpServer.h"
+#include "CBB/WebCtrl/Http/HttpServer.h"
 
 namespace {
 

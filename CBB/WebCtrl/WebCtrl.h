@@ -80,7 +80,7 @@ public:
     /// `doc`. Returns 0, or -1 when there is none or the text nests too deeply to be parsed.
     int GetParaSection(TiXmlDocument& doc, const char* text, TiXmlElement** section);
 
-    // One exchange with the main application (ControlExchange.cpp): one attempt, at most 5 s.
+    // One exchange with the main application (Link/ControlLink.cpp): one attempt, at most 5 s.
 
     /// Sends a query and receives its reply (kReplyCapacity bytes, may be the request's buffer).
     /// Returns 0 with the received byte count in `*replyLen`, or -1.

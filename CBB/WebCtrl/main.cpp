@@ -6,7 +6,7 @@
 #include <string>
 #include <unistd.h>
 
-#include "CBB/WebCtrl/HostGuard.h"
+#include "CBB/WebCtrl/Http/HostGuard.h"
 #include "CBB/WebCtrl/Options.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "tests/fuzz/Recorder.h"
 
-#include "CBB/WebCtrl/ControlMessage.h"
-#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "CBB/WebCtrl/Link/ControlMessage.h"
+#include "CBB/WebCtrl/Link/UdpCtrlSocket.h"
 
 #include <algorithm>
 #include <cstring>

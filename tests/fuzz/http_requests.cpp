@@ -4,7 +4,7 @@
 // the client then falls silent instead of closing.
 #include "tests/fuzz/Recorder.h"
 
-#include "CBB/WebCtrl/HttpServer.h"
+#include "CBB/WebCtrl/Http/HttpServer.h"
 
 #include <algorithm>
 #include <future>

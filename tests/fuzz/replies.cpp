@@ -4,8 +4,8 @@
 #include "tests/fuzz/Json.h"
 #include "tests/fuzz/Recorder.h"
 
-#include "CBB/WebCtrl/ControlMessage.h"
-#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "CBB/WebCtrl/Link/ControlMessage.h"
+#include "CBB/WebCtrl/Link/UdpCtrlSocket.h"
 
 #include <charconv>
 #include <cstring>

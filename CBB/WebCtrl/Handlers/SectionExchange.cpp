@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Handlers/SectionExchange.h"
 
-#include "CBB/Util/PrintLine.h"
-#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "CBB/WebCtrl/PrintLine.h"
+#include "CBB/WebCtrl/Link/UdpCtrlSocket.h"
 
 HandlerTrace::HandlerTrace(const char* function, int line) : m_function(function), m_line(line) {
     PrintLine("FUN:", m_function, ", LINE:", m_line, ".\n");

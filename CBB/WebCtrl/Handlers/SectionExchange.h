@@ -5,7 +5,7 @@
 
 #include "CBB/Config/Config_Task.h"
 #include "CBB/Config/DeviceParaRecord.h"
-#include "CBB/WebCtrl/ControlMessage.h"
+#include "CBB/WebCtrl/Link/ControlMessage.h"
 #include "CBB/WebCtrl/Handlers/WebField.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 

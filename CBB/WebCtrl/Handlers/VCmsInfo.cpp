@@ -3,7 +3,7 @@
 #include <arpa/inet.h>
 
 #include "CBB/Util/CopyText.h"
-#include "CBB/WebCtrl/CmsAlias.h"
+#include "CBB/WebCtrl/Handlers/CmsAlias.h"
 #include "CBB/WebCtrl/Handlers/Form.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "CBB/WebCtrl/Handlers/JsonAnswer.h"

@@ -7,7 +7,7 @@
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "CBB/WebCtrl/Handlers/JsonAnswer.h"
 #include "CBB/WebCtrl/Handlers/SectionExchange.h"
-#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "CBB/WebCtrl/Link/UdpCtrlSocket.h"
 
 namespace {
 

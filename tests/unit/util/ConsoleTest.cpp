@@ -2,7 +2,7 @@
 #include "CBB/Util/DebugPrint.h"
 #include "CBB/Util/HexDump.h"
 #include "CBB/Util/Logger.h"
-#include "CBB/Util/PrintLine.h"
+#include "CBB/WebCtrl/PrintLine.h"
 #include "tests/support/Capture.h"
 
 #include <arpa/inet.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/CmsAlias.h"
+#include "CBB/WebCtrl/Handlers/CmsAlias.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -9,7 +9,7 @@
 #include <sys/socket.h>
 
 #include "CBB/Util/Owner.h"
-#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "CBB/WebCtrl/Link/UdpCtrlSocket.h"
 #include "tests/support/Capture.h"
 #include "tests/support/Sandbox.h"
 

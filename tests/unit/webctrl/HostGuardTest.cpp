@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/HostGuard.h"
+#include "CBB/WebCtrl/Http/HostGuard.h"
 
 #include <gtest/gtest.h>
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/StaticFiles.h"
+#include "CBB/WebCtrl/Http/StaticFiles.h"
 
 #include <climits>
 #include <mongoose.h>
 #include <string>
 
-#include "CBB/WebCtrl/IncludePage.h"
+#include "CBB/WebCtrl/Http/IncludePage.h"
 
 namespace {
 

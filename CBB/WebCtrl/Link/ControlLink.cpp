@@ -2,8 +2,8 @@
 #include <cstring>
 
 #include "CBB/Config/FieldConvert.h"
-#include "CBB/Util/PrintLine.h"
-#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "CBB/WebCtrl/PrintLine.h"
+#include "CBB/WebCtrl/Link/UdpCtrlSocket.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 
 int CWebCtrl::GetParaInfoByCmd(const char* request, char* reply, int* replyLen) {

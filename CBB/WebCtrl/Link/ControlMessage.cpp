@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/ControlMessage.h"
+#include "CBB/WebCtrl/Link/ControlMessage.h"
 
 #include <cctype>
 #include <cstdio>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/Util/PrintLine.h"
+#include "CBB/WebCtrl/PrintLine.h"
 
 #include <unistd.h>
 

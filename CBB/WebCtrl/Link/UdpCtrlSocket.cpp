@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/UdpCtrlSocket.h"
+#include "CBB/WebCtrl/Link/UdpCtrlSocket.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -14,7 +14,7 @@
 
 #include "CBB/Util/CopyText.h"
 #include "CBB/Util/NetTool.h"
-#include "CBB/Util/PrintLine.h"
+#include "CBB/WebCtrl/PrintLine.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/IncludePage.h"
+#include "CBB/WebCtrl/Http/IncludePage.h"
 
 #include <cstdio>
 #include <cstdlib>

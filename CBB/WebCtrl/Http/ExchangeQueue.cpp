@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/ExchangeQueue.h"
+#include "CBB/WebCtrl/Http/ExchangeQueue.h"
 
 #include <list>
 #include <mongoose.h>
 #include <string>
 
-#include "CBB/WebCtrl/HttpConnection.h"
+#include "CBB/WebCtrl/Http/HttpConnection.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 
 namespace {

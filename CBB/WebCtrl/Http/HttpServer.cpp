@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/HttpServer.h"
+#include "CBB/WebCtrl/Http/HttpServer.h"
 
 #include <cstdio>
 #include <cstring>
@@ -10,12 +10,12 @@
 #include <sys/stat.h>
 #include <utility>
 
-#include "CBB/Util/PrintLine.h"
-#include "CBB/WebCtrl/ExchangeQueue.h"
+#include "CBB/WebCtrl/PrintLine.h"
+#include "CBB/WebCtrl/Http/ExchangeQueue.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
-#include "CBB/WebCtrl/HostGuard.h"
-#include "CBB/WebCtrl/HttpConnection.h"
-#include "CBB/WebCtrl/StaticFiles.h"
+#include "CBB/WebCtrl/Http/HostGuard.h"
+#include "CBB/WebCtrl/Http/HttpConnection.h"
+#include "CBB/WebCtrl/Http/StaticFiles.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 
 namespace {

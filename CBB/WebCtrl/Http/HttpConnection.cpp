@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/WebCtrl/HttpConnection.h"
+#include "CBB/WebCtrl/Http/HttpConnection.h"
 
 #include <cstdint>
 #include <cstring>
