@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
-// Keeps N connections of an HTTP server busy, each with one request at a time, until M answers
-// have come, and prints "REQUESTS_PER_SECOND BODY_BYTES", the latter of the last answer. Any answer
-// but a 200, and ten seconds without one, ends it with status 1.
+// Keeps N connections to an HTTP server busy, each with one request at a time, until M answers have
+// come. Prints "REQUESTS_PER_SECOND BODY_BYTES", the bytes of the last answer's body. Ends with
+// status 1 at an answer that is no 200, or after ten seconds without any.
 //
 //   bench_load IP:PORT PATH N M [IDLE]
 //
@@ -32,14 +32,12 @@ struct Answer {
     size_t body;
 };
 
-// The value of the header field `name` in the head of `end` bytes, nullptr when it is missing.
+// The value of the header `name` in a head of `end` bytes; null when it is missing.
 const char* Header(const std::string& text, size_t end, const char* name) {
     const size_t length = strlen(name);
-    for (size_t at = text.find("\r\n") + 2; at < end; at = text.find("\r\n", at) + 2) {
-        if (strncasecmp(&text[at], name, length) == 0 && text[at + length] == ':') {
+    for (size_t at = text.find("\r\n") + 2; at < end; at = text.find("\r\n", at) + 2)
+        if (strncasecmp(&text[at], name, length) == 0 && text[at + length] == ':')
             return &text[at + length + 1] + strspn(&text[at + length + 1], " ");
-        }
-    }
     return nullptr;
 }
 
@@ -47,39 +45,32 @@ const char* Header(const std::string& text, size_t end, const char* name) {
 std::optional<Answer> ReadChunks(const std::string& text, size_t at) {
     for (size_t body = 0;;) {
         const size_t line = text.find("\r\n", at);
-        if (line == std::string::npos) {
+        if (line == std::string::npos)
             return std::nullopt;
-        }
         const size_t length = strtoul(text.c_str() + at, nullptr, 16);
         at = line + 2 + length + 2;
-        if (at > text.size()) {
+        if (at > text.size())
             return std::nullopt;
-        }
-        if (length == 0) {
+        if (length == 0)
             return Answer{at, body};
-        }
         body += length;
     }
 }
 
-// The first answer in `text`, nothing while it is not complete.
+// The first answer in `text`; nothing while it is incomplete.
 std::optional<Answer> ReadAnswer(const std::string& text) {
     const size_t headEnd = text.find("\r\n\r\n");
-    if (headEnd == std::string::npos) {
+    if (headEnd == std::string::npos)
         return std::nullopt;
-    }
-    if (text.compare(0, 13, "HTTP/1.1 200 ") != 0) {
+    if (text.compare(0, 13, "HTTP/1.1 200 ") != 0)
         Die("answered with " + text.substr(0, text.find("\r\n")));
-    }
     const size_t start = headEnd + 4;
     const char* coding = Header(text, headEnd, "Transfer-Encoding");
-    if (coding != nullptr && strncmp(coding, "chunked", 7) == 0) {
+    if (coding != nullptr && strncmp(coding, "chunked", 7) == 0)
         return ReadChunks(text, start);
-    }
     const char* field = Header(text, headEnd, "Content-Length");
-    if (field == nullptr) {
+    if (field == nullptr)
         Die("an answer without a length");
-    }
     const size_t length = strtoul(field, nullptr, 10);
     return text.size() < start + length ? std::nullopt
                                         : std::optional(Answer{start + length, length});
@@ -93,9 +84,8 @@ public:
 
     int Connect() const {
         const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        if (fd < 0 || connect(fd, Generic(m_server), sizeof m_server) != 0) {
+        if (fd < 0 || connect(fd, Generic(m_server), sizeof(m_server)) != 0)
             Die("cannot connect");
-        }
         return fd;
     }
 
@@ -104,20 +94,17 @@ public:
         Reconnect(m_connections.size() - 1);
     }
 
-    // The body's length of the last answer.
+    // Returns the length of the last answer's body.
     size_t Run() {
-        for (size_t i = 0; i < m_connections.size(); ++i) {
+        for (size_t i = 0; i < m_connections.size(); ++i)
             Ask(i);
-        }
         while (m_left > 0) {
             epoll_event events[64];
             const int count = epoll_wait(m_epoll, events, 64, kPatienceMs);
-            if (count <= 0) {
+            if (count <= 0)
                 Die("no answer for ten seconds");
-            }
-            for (int i = 0; i < count; ++i) {
+            for (int i = 0; i < count; ++i)
                 Read(events[i].data.u64);
-            }
         }
         return m_lastBody;
     }
@@ -129,21 +116,19 @@ private:
     };
 
     void Reconnect(size_t index) {
-        Connection& c = m_connections[index];
-        if (c.fd != -1) {
-            close(c.fd);
-        }
-        c = {Connect(), ""};
+        Connection& connection = m_connections[index];
+        if (connection.fd != -1)
+            close(connection.fd);
+        connection = {Connect(), ""};
         epoll_event event{};
         event.events = EPOLLIN;
         event.data.u64 = index;
-        epoll_ctl(m_epoll, EPOLL_CTL_ADD, c.fd, &event);
+        epoll_ctl(m_epoll, EPOLL_CTL_ADD, connection.fd, &event);
     }
 
     void Ask(size_t index) {
-        if (m_unsent == 0) {
+        if (m_unsent == 0)
             return;
-        }
         --m_unsent;
         if (send(m_connections[index].fd, m_request.data(), m_request.size(), MSG_NOSIGNAL) !=
             static_cast<ssize_t>(m_request.size())) {
@@ -152,19 +137,19 @@ private:
     }
 
     void Read(size_t index) {
-        Connection& c = m_connections[index];
+        Connection& connection = m_connections[index];
         char buffer[65536];
-        const ssize_t size = recv(c.fd, buffer, sizeof buffer, 0);
+        const ssize_t size = recv(connection.fd, buffer, sizeof(buffer), 0);
         if (size <= 0) {
-            // Some servers close after so many requests; what was asked is asked again.
+            // Some servers close after a number of requests: ask again on a new connection.
             ++m_unsent;
             Reconnect(index);
             Ask(index);
             return;
         }
-        c.received.append(buffer, static_cast<size_t>(size));
-        if (const auto answer = ReadAnswer(c.received)) {
-            c.received.erase(0, answer->end);
+        connection.received.append(buffer, static_cast<size_t>(size));
+        if (const auto answer = ReadAnswer(connection.received)) {
+            connection.received.erase(0, answer->end);
             m_lastBody = answer->body;
             --m_left;
             Ask(index);
@@ -196,12 +181,10 @@ int main(int argc, char** argv) {
         return 2;
     }
     Load load(Endpoint(argv[1]), argv[2], requests);
-    for (long i = argc == 6 ? atol(argv[5]) : 0; i > 0; --i) {
+    for (long i = argc == 6 ? atol(argv[5]) : 0; i > 0; --i)
         load.Connect();
-    }
-    for (long i = 0; i < connections; ++i) {
+    for (long i = 0; i < connections; ++i)
         load.AddConnection();
-    }
     const double start = Now();
     const size_t body = load.Run();
     printf("%.1f %zu\n", static_cast<double>(requests) / (Now() - start), body);

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-only
 # The XML library. The static archive is preferred: the device then needs no package of it.
 
 find_path(TINYXML_INCLUDE_DIR tinyxml.h REQUIRED)

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // Alarms, timed recording, speed, temperature and the G-sensor.
+#include "CBB/Config/AlarmSections.h"
+
 #include "CBB/Config/Config_Task.h"
 #include "CBB/Config/FieldTable.h"
+#include "CBB/Util/TextFun.h"
 
 namespace {
 
@@ -45,10 +48,8 @@ struct Fields<AlarmInPara> {
 
 int CConfig_Task::Import_Alarm(const TiXmlElement* section, DeviceParaRecord* record) {
     AlarmPara& target = Target(record).stAlarm;
-    const int result = ReadAttributes(section, &target);
-    if (result != 0)
-        return result;
-    return ReadTable(section, "stAlarmInIO", RowIndex::Number, target.stAlarmInIO);
+    return ReadAttributesAndTable(
+        section, &target, "stAlarmInIO", RowIndex::Number, target.stAlarmInIO);
 }
 
 template <>

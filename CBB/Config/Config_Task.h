@@ -2,13 +2,13 @@
 // Turns the section elements of the recorder's replies into fields of a DeviceParaRecord.
 #pragma once
 
-#include "CBB/Config/DeviceParaRecord.h"
-#include "CBB/Util/KvTable.h"
-#include "CBB/Util/Lock.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+
+#include "CBB/Config/DeviceParaRecord.h"
+#include "CBB/Util/KvTable.h"
+#include "CBB/Util/Lock.h"
 
 class TiXmlElement;
 
@@ -67,19 +67,17 @@ public:
     // Prints "Value: %s=%s\n" for each attribute of the rows that it reads.
     int Import_Ipc(const TiXmlElement* section, DeviceParaRecord* record);
 
-    // An IPv4 address given as "1.2.3.4" (stored in network byte order, by the rules of
-    // inet_addr(3) for its groups), or as a number, "0x..." or decimal, stored as it is. The empty
-    // text is 0. Result: 0, or -1 for any other text, which leaves *address alone.
-    static int ParseAddress(const char* text, std::uint32_t* address);
+    // ParseAddress of FieldConvert.h.
+    static int ParseAddress(const char* text, uint32_t* address);
 
     DeviceParaRecord m_stPara;
 
 protected:
-    // For work beside the imports, which use none of it. A pool (0, 1) or mutex (0 to 3) is created
-    // on first use and released with the object, so that a query, which needs neither, stays cheap.
-    // Null when memory is exhausted.
-    KvTable* BufPool(std::size_t index);
-    MutexHandle Mutex(std::size_t index);
+    // For work beside the imports, which use none of it. A table (0, 1) or mutex (0 to 3) is
+    // created on first use and released with the object, so that a query, which needs neither,
+    // stays cheap. Null when memory is exhausted.
+    KvTable* Table(size_t index);
+    MutexHandle Mutex(size_t index);
 
     CMutex m_stMutex;
     CCondition m_stCondition;
@@ -87,12 +85,12 @@ protected:
 
 private:
     struct Release {
-        void operator()(KvTable* pool) const { KvDestroy(pool); }
+        void operator()(KvTable* table) const { KvDestroy(table); }
         void operator()(MutexHandle mutex) const { MutexDestroy(mutex); }
     };
 
     DeviceParaRecord& Target(DeviceParaRecord* record) { return record ? *record : m_stPara; }
 
     std::unique_ptr<pthread_mutex_t, Release> m_hMutex[4];
-    std::unique_ptr<KvTable, Release> m_stBufPool[2];
+    std::unique_ptr<KvTable, Release> m_stTable[2];
 };

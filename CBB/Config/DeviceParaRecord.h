@@ -2,15 +2,18 @@
 // Every parameter section of the recorder in one flat, plain record.
 #pragma once
 
+#include <type_traits>
+
+#include "CBB/Config/AlarmSections.h"
+#include "CBB/Config/DeviceSections.h"
+#include "CBB/Config/IpcSections.h"
 #include "CBB/Config/VideoSections.h"
 #include "CBB/Config/WebSections.h"
-
-#include <type_traits>
 
 // Holds the place of a section that belongs to the recorder's main application alone. Its size is
 // not known here; nothing reads or fills it.
 struct ReservedPara {
-    std::uint8_t ucReserved[16];
+    uint8_t ucReserved[16];
 };
 
 struct DeviceParaRecord {

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-only
-// Vehicle, users, wired network, access, serial port and power.
-#include "CBB/Config/Config_Task.h"
-#include "CBB/Config/FieldTable.h"
+// Vehicle, users, wired network, access, serial port, power and reserve data.
+#include "CBB/Config/DeviceSections.h"
 
 #include <cstring>
+
+#include "CBB/Config/Config_Task.h"
+#include "CBB/Config/FieldTable.h"
+#include "CBB/Util/HexText.h"
+#include "CBB/Util/TextFun.h"
 
 namespace {
 
@@ -11,15 +15,24 @@ constexpr int kIdentityChanged = 1;
 
 // Compared with the whole new text: one too long for the field is always a change.
 int StoreIdentity(const char* text, char (*field)[20]) {
-    const bool changed = std::strncmp(*field, text, sizeof *field) != 0;
+    const bool changed = strncmp(*field, text, sizeof(*field)) != 0;
     Store(text, field);
     return changed ? kIdentityChanged : 0;
 }
 
 // The mode is replaced; a flag, once set, is not cleared by an import.
-int StorePowerMode(const char* text, std::uint8_t* field) {
+int StorePowerMode(const char* text, uint8_t* field) {
     constexpr unsigned kFlags = 0xE0;
-    *field = static_cast<std::uint8_t>((*field & kFlags) | static_cast<unsigned>(ToInt(text)));
+    *field = static_cast<uint8_t>((*field & kFlags) | static_cast<unsigned>(ToInt(text)));
+    return 0;
+}
+
+// All or nothing: decoded aside first, since a text may turn out not to be hexadecimal at its end.
+int StoreReserveData(const char* text, uint8_t (*field)[128]) {
+    uint8_t bytes[sizeof(*field)];
+    int count = sizeof(bytes);
+    if (HexTextToBytes(text, static_cast<int>(strlen(text)), bytes, &count) == 0)
+        memcpy(*field, bytes, static_cast<size_t>(count));
     return 0;
 }
 
@@ -51,14 +64,14 @@ struct Fields<VehicleInfoPara> {
 int CConfig_Task::Import_VehicleInfo(const TiXmlElement* section, DeviceParaRecord* record,
                                      int block, bool skipPhone) {
     VehicleInfoPara& target = Target(record).stVehicleInfo[block == 0 ? 0 : 1];
-    char phone[sizeof target.strFD_Phonenumber];
-    std::memcpy(phone, target.strFD_Phonenumber, sizeof phone);
+    char phone[sizeof(target.strFD_Phonenumber)];
+    memcpy(phone, target.strFD_Phonenumber, sizeof(phone));
     const int result = ReadAttributes(section, &target);
     if (skipPhone)
-        std::memcpy(target.strFD_Phonenumber, phone, sizeof phone);
+        memcpy(target.strFD_Phonenumber, phone, sizeof(phone));
     if (result != kIdentityChanged)
         return result;
-    std::memset(target.strFD_Authentication, 0, sizeof target.strFD_Authentication);
+    memset(target.strFD_Authentication, 0, sizeof(target.strFD_Authentication));
     return 0;
 }
 
@@ -85,10 +98,8 @@ struct Fields<CustomUserPara> {
 
 int CConfig_Task::Import_Users(const TiXmlElement* section, DeviceParaRecord* record) {
     UsersPara& target = Target(record).stUsers;
-    const int result = ReadAttributes(section, &target);
-    if (result != 0)
-        return result;
-    return ReadTable(section, "stCustomUser", RowIndex::DocumentOrder, target.stCustomUser);
+    return ReadAttributesAndTable(
+        section, &target, "stCustomUser", RowIndex::DocumentOrder, target.stCustomUser);
 }
 
 template <>
@@ -168,4 +179,16 @@ struct Fields<PowerPara> {
 
 int CConfig_Task::Import_Power(const TiXmlElement* section, DeviceParaRecord* record) {
     return ReadAttributes(section, &Target(record).stPower);
+}
+
+template <>
+struct Fields<ReserveDataPara> {
+    using Block = ReserveDataPara;
+    static constexpr FieldRow rows[] = {
+        FIELD_BY(ucReserveData, StoreReserveData),
+    };
+};
+
+int CConfig_Task::Import_ReserveData(const TiXmlElement* section, DeviceParaRecord* record) {
+    return ReadAttributes(section, &Target(record).stReserveData);
 }

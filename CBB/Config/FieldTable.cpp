@@ -6,16 +6,17 @@
 #include <strings.h>
 #include <tinyxml.h>
 
+#include "CBB/Util/TextFun.h"
+
 namespace {
 
-// Senders write attributes in the table's order, so the search begins behind the last one found
-// and mostly ends there. Names stand in a table once, so where it begins changes nothing else.
-const FieldRow* FindField(const char* name, const FieldRow* fields, std::size_t count,
-                          std::size_t* next) {
-    for (std::size_t tried = 0; tried < count; ++tried) {
-        const std::size_t at = *next;
+// Senders write attributes in the table's order: the search begins behind the last field found,
+// and mostly ends there. A table has each name once, so the result is the same from anywhere.
+const FieldRow* FindField(const char* name, const FieldRow* fields, size_t count, size_t* next) {
+    for (size_t tried = 0; tried < count; ++tried) {
+        const size_t at = *next;
         *next = at + 1 < count ? at + 1 : 0;
-        // They mostly write the names as they are here, too.
+        // Most senders use our spelling: compare exactly first, it is cheaper.
         if (strcmp(name, fields[at].name) == 0 || strcasecmp(name, fields[at].name) == 0)
             return &fields[at];
     }
@@ -24,11 +25,11 @@ const FieldRow* FindField(const char* name, const FieldRow* fields, std::size_t 
 
 // False when the row's name carries no index text of the wanted length.
 bool IndexOfRow(const TiXmlElement& row, RowIndex kind, int* index) {
-    const char* underscore = std::strchr(row.Value(), '_');
+    const char* underscore = strchr(row.Value(), '_');
     if (!underscore)
         return false;
     const char* text = underscore + 1;
-    const std::size_t length = std::strlen(text);
+    const size_t length = strlen(text);
     if (kind == RowIndex::OneCharacter ? length != 1 : length == 0)
         return false;
     *index = ToInt(text);
@@ -37,19 +38,19 @@ bool IndexOfRow(const TiXmlElement& row, RowIndex kind, int* index) {
 
 } // namespace
 
-int ReadAttributes(const TiXmlElement* element, const FieldRow* fields, std::size_t fieldCount,
+int ReadAttributes(const TiXmlElement* element, const FieldRow* fields, size_t fieldCount,
                    void* block) {
     if (!element)
         return -1;
     int result = 0;
-    std::size_t next = 0;
+    size_t next = 0;
     for (const TiXmlAttribute* attribute = element->FirstAttribute(); attribute;
          attribute = attribute->Next()) {
         const FieldRow* field = FindField(attribute->Name(), fields, fieldCount, &next);
         if (!field)
             continue;
         const int status =
-            field->convert(attribute->Value(), static_cast<std::uint8_t*>(block) + field->offset);
+            field->convert(attribute->Value(), static_cast<uint8_t*>(block) + field->offset);
         if (status < 0)
             return status;
         if (status > 0)
@@ -59,7 +60,7 @@ int ReadAttributes(const TiXmlElement* element, const FieldRow* fields, std::siz
 }
 
 int ReadTable(const TiXmlElement* section, const char* tableName, RowIndex rowIndex,
-              const FieldRow* fields, std::size_t fieldCount, RowArray rows, RowHook beforeRow) {
+              const FieldRow* fields, size_t fieldCount, RowArray rows, RowHook beforeRow) {
     if (!section)
         return -1;
     const TiXmlElement* table = section->FirstChildElement(tableName);
@@ -73,13 +74,13 @@ int ReadTable(const TiXmlElement* section, const char* tableName, RowIndex rowIn
             return -1;
         if (index < 0)
             continue;
-        const auto entry = static_cast<std::size_t>(index);
+        const auto entry = static_cast<size_t>(index);
         if (entry >= rows.count)
             return 0;
         if (beforeRow)
             beforeRow(*row);
         ReadAttributes(
-            row, fields, fieldCount, static_cast<std::uint8_t*>(rows.first) + entry * rows.size);
+            row, fields, fieldCount, static_cast<uint8_t*>(rows.first) + entry * rows.size);
     }
     return 0;
 }

@@ -13,10 +13,10 @@
 // are present change; unknown attributes are passed over.
 #pragma once
 
-#include "CBB/Config/FieldConvert.h"
-
 #include <cstddef>
 #include <iterator>
+
+#include "CBB/Config/FieldConvert.h"
 
 class TiXmlElement;
 
@@ -24,7 +24,7 @@ class TiXmlElement;
 // value to make that the result of the walk, which goes on; a negative one to end the walk with it.
 struct FieldRow {
     const char* name;
-    std::size_t offset;
+    size_t offset;
     int (*convert)(const char* text, void* field);
 };
 
@@ -44,11 +44,11 @@ int ConvertBy(const char* text, void* field) {
 
 #define FIELD(member)                                                                              \
     FieldRow {                                                                                     \
-#member, offsetof(Block, member), ConvertByType < decltype(Block::member)>                 \
+        #member, offsetof(Block, member), ConvertByType<decltype(Block::member)>                   \
     }
 #define FIELD_BY(member, conversion)                                                               \
     FieldRow {                                                                                     \
-#member, offsetof(Block, member), ConvertBy < decltype(Block::member), conversion>         \
+        #member, offsetof(Block, member), ConvertBy<decltype(Block::member), conversion>           \
     }
 
 // How a row of a table element tells which entry it fills.
@@ -63,14 +63,14 @@ using RowHook = void (*)(const TiXmlElement& row);
 
 struct RowArray {
     void* first;
-    std::size_t count;
-    std::size_t size; // bytes from one entry to the next
+    size_t count;
+    size_t size; // bytes from one entry to the next
 };
 
-int ReadAttributes(const TiXmlElement* element, const FieldRow* fields, std::size_t fieldCount,
+int ReadAttributes(const TiXmlElement* element, const FieldRow* fields, size_t fieldCount,
                    void* block);
 int ReadTable(const TiXmlElement* section, const char* tableName, RowIndex rowIndex,
-              const FieldRow* fields, std::size_t fieldCount, RowArray rows, RowHook beforeRow);
+              const FieldRow* fields, size_t fieldCount, RowArray rows, RowHook beforeRow);
 
 // Reads an element's attributes into `block`. Result: 0, what a conversion returned, or -1
 // without an element.
@@ -83,7 +83,7 @@ int ReadAttributes(const TiXmlElement* element, Block* block) {
 // Reads the rows of the child element `tableName`; without that element there is nothing to do.
 // A row beyond the last entry ends the table, one with a negative index is passed over.
 // Result: 0, or -1 without a section and for a row name without a fitting index text.
-template <typename Row, std::size_t N>
+template <typename Row, size_t N>
 int ReadTable(const TiXmlElement* section, const char* tableName, RowIndex rowIndex, Row (&rows)[N],
               RowHook beforeRow = nullptr) {
     using Table = Fields<Row>;
@@ -94,4 +94,13 @@ int ReadTable(const TiXmlElement* section, const char* tableName, RowIndex rowIn
                      std::size(Table::rows),
                      {rows, N, sizeof(Row)},
                      beforeRow);
+}
+
+// The section's attributes into `block`, then the rows of its table. A walk of the attributes that
+// does not end with 0 is the result, and leaves the table unread.
+template <typename Block, typename Row, size_t N>
+int ReadAttributesAndTable(const TiXmlElement* section, Block* block, const char* tableName,
+                           RowIndex rowIndex, Row (&rows)[N], RowHook beforeRow = nullptr) {
+    const int result = ReadAttributes(section, block);
+    return result != 0 ? result : ReadTable(section, tableName, rowIndex, rows, beforeRow);
 }

@@ -1,36 +1,39 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // Picture, encoding, on-screen display, recording and video detection.
-#include "CBB/Config/Config_Task.h"
-#include "CBB/Config/FieldTable.h"
+#include "CBB/Config/VideoSections.h"
 
 #include <cstdlib>
 #include <cstring>
 
+#include "CBB/Config/Config_Task.h"
+#include "CBB/Config/FieldTable.h"
+#include "CBB/Util/TextFun.h"
+
 namespace {
 
 // The encoder's unit: regions start at, and span, whole blocks of this many pixels.
-constexpr std::int64_t kBlock = 16;
+constexpr int64_t kBlock = 16;
 
-std::uint32_t WholeBlocks(std::int64_t pixels) {
-    return static_cast<std::uint32_t>(pixels / kBlock * kBlock);
+uint32_t WholeBlocks(int64_t pixels) {
+    return static_cast<uint32_t>(pixels / kBlock * kBlock);
 }
 
-int StoreRegionStart(const char* text, std::uint32_t* field) {
+int StoreRegionStart(const char* text, uint32_t* field) {
     *field = WholeBlocks(ToInt(text));
     return 0;
 }
 
 // Always grows, a whole number of blocks by one block: the region never loses its last pixels.
-int StoreRegionSpan(const char* text, std::uint32_t* field) {
+int StoreRegionSpan(const char* text, uint32_t* field) {
     *field = WholeBlocks(ToInt(text) + kBlock);
     return 0;
 }
 
 // Decimal numbers, each with a comma after it; what follows the last comma is not read.
-int StoreMask(const char* text, std::uint32_t (*mask)[32]) {
+int StoreMask(const char* text, uint32_t (*mask)[32]) {
     constexpr std::ptrdiff_t kLongestNumber = 16;
-    for (std::uint32_t& entry : *mask) {
-        const char* comma = std::strchr(text, ',');
+    for (uint32_t& entry : *mask) {
+        const char* comma = strchr(text, ',');
         if (!comma || comma - text > kLongestNumber)
             break;
         Store(text, &entry);
@@ -88,10 +91,8 @@ struct Fields<VideoChnPara> {
 
 int CConfig_Task::Import_Video(const TiXmlElement* section, DeviceParaRecord* record) {
     VideoPara& target = Target(record).stVideo;
-    const int result = ReadAttributes(section, &target);
-    if (result != 0)
-        return result;
-    return ReadTable(section, "stVideoPara", RowIndex::OneCharacter, target.stVideoPara);
+    return ReadAttributesAndTable(
+        section, &target, "stVideoPara", RowIndex::OneCharacter, target.stVideoPara);
 }
 
 template <>

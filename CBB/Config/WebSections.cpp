@@ -1,21 +1,25 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The sections that the web pages read.
-#include "CBB/Config/Config_Task.h"
-#include "CBB/Config/FieldTable.h"
+#include "CBB/Config/WebSections.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
+
+#include "CBB/Config/Config_Task.h"
+#include "CBB/Config/FieldTable.h"
+#include "CBB/Util/Console.h"
+#include "CBB/Util/Printable.h"
 
 namespace {
 
-constexpr std::size_t kDeviceNoShortest = 5;
-constexpr std::size_t kDeviceNoLongest = 12;
+constexpr size_t kDeviceNoShortest = 5;
+constexpr size_t kDeviceNoLongest = 12;
 
 int StoreDeviceNo(const char* text, char (*field)[16]) {
-    const std::size_t length = std::strlen(text);
+    const size_t length = strlen(text);
     if (length < kDeviceNoShortest || length > kDeviceNoLongest) {
-        std::printf("CConfig_Task::Import_stBaseInfo, invalid device id:%s.\n", text);
+        ConsoleWrite("CConfig_Task::Import_stBaseInfo, invalid device id:" + Printable(text) +
+                     ".\n");
         return -1;
     }
     return Store(text, field);
@@ -24,14 +28,14 @@ int StoreDeviceNo(const char* text, char (*field)[16]) {
 // Of a modem's answer to ATI: what follows "Revision:", up to the end of that line.
 int StoreRevision(const char* text, char (*field)[64]) {
     constexpr char kLabel[] = "Revision:";
-    std::memset(*field, 0, sizeof *field);
-    const char* label = std::strstr(text, kLabel);
+    memset(*field, 0, sizeof(*field));
+    const char* label = strstr(text, kLabel);
     if (!label)
         return 0;
-    const char* revision = label + sizeof kLabel - 1;
-    const char* end = std::strstr(revision, "\r\n");
-    const std::size_t length = end ? static_cast<std::size_t>(end - revision) : sizeof *field;
-    std::memcpy(*field, revision, strnlen(revision, std::min(length, sizeof *field - 1)));
+    const char* revision = label + sizeof(kLabel) - 1;
+    const char* end = strstr(revision, "\r\n");
+    const size_t length = end ? static_cast<size_t>(end - revision) : sizeof(*field);
+    memcpy(*field, revision, strnlen(revision, std::min(length, sizeof(*field) - 1)));
     return 0;
 }
 
@@ -226,10 +230,8 @@ struct Fields<GB28181SubIDPara> {
 
 int CConfig_Task::Import_stGB28181(const TiXmlElement* section, DeviceParaRecord* record) {
     GB28181Para& target = Target(record).stGB28181;
-    const int result = ReadAttributes(section, &target);
-    if (result != 0)
-        return result;
-    return ReadTable(section, "stGB28181SubID", RowIndex::Number, target.stGB28181SubID);
+    return ReadAttributesAndTable(
+        section, &target, "stGB28181SubID", RowIndex::Number, target.stGB28181SubID);
 }
 
 template <>

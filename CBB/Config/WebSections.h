@@ -9,62 +9,62 @@
 
 struct BaseInfoPara {
     char strFD_DeviceNo[16];
-    std::uint8_t ucFD_TimeZone;
-    std::uint8_t ucFD_TZAdjust;
-    std::uint8_t ucFD_DstEnable;
-    std::uint8_t ucFD_DstFromMon;
-    std::uint8_t ucFD_DstFromDay;
-    std::uint8_t ucFD_DstToMon;
-    std::uint8_t ucFD_DstToDay;
-    std::uint8_t ucFD_NowIsDst;
-    std::uint16_t usFD_DstAdjust;
-    std::uint8_t ucFD_DateStyle;
-    std::uint8_t ucFD_GpsMode;
-    std::uint8_t ucFD_GpsSTFlag;
-    std::uint8_t ucFD_DiskFormatFlag;
-    std::uint16_t usFD_SizeOf2ndPart;
+    uint8_t ucFD_TimeZone;
+    uint8_t ucFD_TZAdjust;
+    uint8_t ucFD_DstEnable;
+    uint8_t ucFD_DstFromMon;
+    uint8_t ucFD_DstFromDay;
+    uint8_t ucFD_DstToMon;
+    uint8_t ucFD_DstToDay;
+    uint8_t ucFD_NowIsDst;
+    uint16_t usFD_DstAdjust;
+    uint8_t ucFD_DateStyle;
+    uint8_t ucFD_GpsMode;
+    uint8_t ucFD_GpsSTFlag;
+    uint8_t ucFD_DiskFormatFlag;
+    uint16_t usFD_SizeOf2ndPart;
     char strFD_CurTime[24]; // the recorder's clock, as it writes it
 };
 static_assert(sizeof(BaseInfoPara) == 56);
 
 struct DisplayPara {
-    std::uint8_t ucFD_AutoEnable;
-    std::uint8_t ucFD_LcdTimeout;
-    std::uint16_t usFD_GuiTimeout;
+    uint8_t ucFD_AutoEnable;
+    uint8_t ucFD_LcdTimeout;
+    uint16_t usFD_GuiTimeout;
     char strLanguage[4];
-    std::uint8_t ucFD_WinMax;
-    std::uint8_t ucFD_WinNum;
-    std::uint8_t ucFD_VideoOutMode;
-    std::uint8_t ucFD_VideoOutRes;
+    uint8_t ucFD_WinMax;
+    uint8_t ucFD_WinNum;
+    uint8_t ucFD_VideoOutMode;
+    uint8_t ucFD_VideoOutRes;
 };
 
 struct VideoMirrorPara {
-    std::uint8_t ucFD_LeftRight;
-    std::uint8_t ucFD_UpDown;
-    std::uint8_t ucFD_Rotate;
+    uint8_t ucFD_LeftRight;
+    uint8_t ucFD_UpDown;
+    uint8_t ucFD_Rotate;
 };
 
 struct NetWorkModePara {
-    std::uint8_t ucFD_NetType;
-    std::uint8_t ucFD_GNAuthMode;
-    std::uint8_t ucFD_StreamType;
-    std::uint8_t ucFD_GNEnableMode;
-    std::uint16_t usFD_ExtFunBitFlag;
-    std::uint8_t ucFD_EnableHR808;
-    std::uint8_t ucFD_EnableJSIASS;
-    std::uint16_t usFD_GPSInterval;
+    uint8_t ucFD_NetType;
+    uint8_t ucFD_GNAuthMode;
+    uint8_t ucFD_StreamType;
+    uint8_t ucFD_GNEnableMode;
+    uint16_t usFD_ExtFunBitFlag;
+    uint8_t ucFD_EnableHR808;
+    uint8_t ucFD_EnableJSIASS;
+    uint16_t usFD_GPSInterval;
 };
 
 struct CmsPara {
-    std::uint8_t ucFD_AddressType; // 0: the server is uiFD_IP; otherwise strFD_Domain
-    std::uint32_t uiFD_IP;
+    uint8_t ucFD_AddressType; // 0: the server is uiFD_IP; otherwise strFD_Domain
+    uint32_t uiFD_IP;
     char strFD_Domain[64];
-    std::uint16_t usFD_Port;
+    uint16_t usFD_Port;
 };
 static_assert(sizeof(CmsPara) == 76);
 
 struct MobileGNetPara {
-    std::uint8_t ucFD_NetType;
+    uint8_t ucFD_NetType;
     char strFD_Apn[32];
     char strFD_PhoneNo[24];
     char strFD_UserName[36];
@@ -72,25 +72,25 @@ struct MobileGNetPara {
 };
 
 struct WifiPara {
-    std::uint8_t ucFD_WorkMode;
+    uint8_t ucFD_WorkMode;
     char strFD_SSID[32];
     char strFD_Passwd[32];
-    std::uint8_t ucFD_AuthMode;
-    std::uint8_t ucFD_CryptType;
-    std::uint8_t ucFD_DhcpEnableFlag;
-    std::uint32_t uiFD_IP;
-    std::uint32_t uiFD_GateWay;
-    std::uint32_t uiFD_NetMask;
-    std::uint32_t uiFD_DNS;
+    uint8_t ucFD_AuthMode;
+    uint8_t ucFD_CryptType;
+    uint8_t ucFD_DhcpEnableFlag;
+    uint32_t uiFD_IP;
+    uint32_t uiFD_GateWay;
+    uint32_t uiFD_NetMask;
+    uint32_t uiFD_DNS;
 };
 static_assert(sizeof(WifiPara) == 84);
 
 struct WifiApPara {
     char strFD_SSID[32];
     char strFD_Passwd[32];
-    std::uint8_t ucFD_AuthMode;
-    std::uint8_t ucFD_CryptType;
-    std::uint8_t ucFD_DhcpEnableFlag;
+    uint8_t ucFD_AuthMode;
+    uint8_t ucFD_CryptType;
+    uint8_t ucFD_DhcpEnableFlag;
 };
 
 // Identifiers have up to 32 characters: one of exactly 32 has no terminating NUL.
@@ -101,24 +101,24 @@ struct GB28181SubIDPara {
 };
 
 struct GB28181Para {
-    std::uint8_t ucFD_Enable;
+    uint8_t ucFD_Enable;
     char strFD_Manufacturer[32];
     char strFD_ModelName[32];
     char strFD_ServerIp[32];
-    std::uint16_t usFD_ServerPort;
+    uint16_t usFD_ServerPort;
     char strFD_ServerID[32];
     char strFD_DeviceId[32];
-    std::uint16_t usFD_DevicePort;
+    uint16_t usFD_DevicePort;
     char strFD_DeviceUser[32];
     char strFD_DevicePass[32];
-    std::uint8_t ucFD_WebSEnable;
+    uint8_t ucFD_WebSEnable;
     char strFD_WebSAddr[256];
     GB28181SubIDPara stGB28181SubID[1];
 };
 static_assert(sizeof(GB28181Para) == 584);
 
 struct VersionPara {
-    std::uint32_t VideoCnt;
+    uint32_t VideoCnt;
     char Model[32];
     char strMcuVer[32];
     char strUbootVer[32];
@@ -131,31 +131,31 @@ struct VersionPara {
 static_assert(sizeof(VersionPara) == 260 && offsetof(VersionPara, VideoCnt) == 0);
 
 struct SystemInfoPara {
-    std::uint8_t GpsExist;
+    uint8_t GpsExist;
     char GpsPos[64];
-    std::uint8_t GNetExist;
+    uint8_t GNetExist;
     char IMEI[32];
     char ATI[64]; // the module's revision alone, taken out of its whole answer
-    std::uint8_t SimExist;
+    uint8_t SimExist;
     char IMSI[64];
     char ICCID[64];
-    std::uint32_t GNetSignal;
-    std::uint8_t GNetDail;
-    std::uint8_t WifiExist;
-    std::uint8_t WifiMode;
-    std::uint32_t WifiSignal;
-    std::uint8_t WifiDail;
-    std::uint8_t CmsStatus;
-    std::uint8_t JTT808Status;
-    std::uint8_t GB28181Status;
-    std::uint8_t Disk1Exist;
+    uint32_t GNetSignal;
+    uint8_t GNetDail;
+    uint8_t WifiExist;
+    uint8_t WifiMode;
+    uint32_t WifiSignal;
+    uint8_t WifiDail;
+    uint8_t CmsStatus;
+    uint8_t JTT808Status;
+    uint8_t GB28181Status;
+    uint8_t Disk1Exist;
     char Disk1Size[64];
-    std::uint8_t Disk2Exist;
+    uint8_t Disk2Exist;
     char Disk2Size[64];
-    std::uint8_t Disk3Exist;
+    uint8_t Disk3Exist;
     char Disk3Size[64];
     char IO[32];
-    std::uint32_t VideoCnt;
+    uint32_t VideoCnt;
     char Model[32];
     char McuVer[32];
     char BootVer[32];
@@ -164,9 +164,9 @@ struct SystemInfoPara {
     char AppVer[32];
     char DBVer[32];
     char WifiVer[32];
-    std::uint8_t ACC;
-    std::uint8_t NetStatus;
-    std::uint32_t CMS;
+    uint8_t ACC;
+    uint8_t NetStatus;
+    uint32_t CMS;
     char DeviceNo[16];
 };
 static_assert(sizeof(SystemInfoPara) == 820);

@@ -18,11 +18,11 @@ uint32_t Advance(uint32_t position, uint32_t n, uint32_t size) {
 } // namespace
 
 CBufPool::CBufPool()
-    : m_pBuffer(nullptr), u64Buffersize(0), m_u64WritePos(0), m_u64ReadPos(0), u64Busynum(0),
+    : m_pBuffer(nullptr), u64Buffersize(0), m_uiWritePos(0), m_uiReadPos(0), u64Busynum(0),
       m_hLock(RwLockCreate()) {}
 
 CBufPool::~CBufPool() {
-    std::free(m_pBuffer);
+    free(m_pBuffer);
     RwLockDestroy(m_hLock);
 }
 
@@ -43,8 +43,8 @@ int CBufPool::Init(int size) {
         u64Buffersize = bytes;
     }
     memset(m_pBuffer, 0, bytes);
-    m_u64WritePos = 0;
-    m_u64ReadPos = 0;
+    m_uiWritePos = 0;
+    m_uiReadPos = 0;
     u64Busynum = 0;
     return 0;
 }
@@ -57,13 +57,13 @@ uint32_t CBufPool::Write(const void* data, uint32_t n) {
         return 0;
     }
     const uint32_t count = std::min(n, u64Buffersize - u64Busynum);
-    const uint32_t untilEnd = std::min(count, u64Buffersize - m_u64WritePos);
+    const uint32_t untilEnd = std::min(count, u64Buffersize - m_uiWritePos);
     const uint8_t* bytes = static_cast<const uint8_t*>(data);
     if (count != 0) {
-        memcpy(m_pBuffer + m_u64WritePos, bytes, untilEnd);
+        memcpy(m_pBuffer + m_uiWritePos, bytes, untilEnd);
         memcpy(m_pBuffer, bytes + untilEnd, count - untilEnd);
     }
-    m_u64WritePos = Advance(m_u64WritePos, count, u64Buffersize);
+    m_uiWritePos = Advance(m_uiWritePos, count, u64Buffersize);
     u64Busynum += count;
     return count;
 }
@@ -94,10 +94,9 @@ uint32_t CBufPool::FreeSpace() {
 
 uint8_t CBufPool::ReadU8() {
     RwLockGuard lock(m_hLock, kForWriting);
-    if (m_pBuffer == nullptr) {
+    if (m_pBuffer == nullptr)
         return 0;
-    }
-    const uint8_t byte = m_pBuffer[m_u64ReadPos];
+    const uint8_t byte = m_pBuffer[m_uiReadPos];
     Drop(1);
     return byte;
 }
@@ -114,7 +113,7 @@ uint32_t CBufPool::ReadU32() {
 // than once, but never past the storage.
 uint32_t CBufPool::CopyOut(uint8_t* out, uint32_t n) const {
     const uint32_t count = std::min(n, u64Busynum.load());
-    uint32_t position = m_u64ReadPos;
+    uint32_t position = m_uiReadPos;
     for (uint32_t done = 0; done < count;) {
         const uint32_t chunk = std::min(count - done, u64Buffersize - position);
         memcpy(out + done, m_pBuffer + position, chunk);
@@ -126,16 +125,15 @@ uint32_t CBufPool::CopyOut(uint8_t* out, uint32_t n) const {
 
 void CBufPool::Drop(uint32_t n) {
     if (n != 0) {
-        m_u64ReadPos = Advance(m_u64ReadPos, n, u64Buffersize);
+        m_uiReadPos = Advance(m_uiReadPos, n, u64Buffersize);
         u64Busynum -= n;
     }
 }
 
 uint32_t CBufPool::TakeLittleEndian(uint32_t bytes) {
     RwLockGuard lock(m_hLock, kForWriting);
-    if (u64Busynum < bytes) {
+    if (u64Busynum < bytes)
         return 0;
-    }
     uint8_t taken[sizeof(uint32_t)] = {};
     Drop(CopyOut(taken, bytes));
     return static_cast<uint32_t>(taken[0]) | static_cast<uint32_t>(taken[1]) << 8 |

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-#include "CBB/Util/Lock.h"
-
 #include <atomic>
 #include <cstdint>
+
+#include "CBB/Util/Lock.h"
 
 // A byte ring of fixed size, shared between threads. Counts and results are bytes.
 class CBufPool {
@@ -47,8 +47,8 @@ private:
     // hence atomic; the positions stay below the size whatever two readers do to each other.
     uint8_t* m_pBuffer;
     uint32_t u64Buffersize;
-    uint32_t m_u64WritePos;
-    std::atomic<uint32_t> m_u64ReadPos;
+    uint32_t m_uiWritePos;
+    std::atomic<uint32_t> m_uiReadPos;
     std::atomic<uint32_t> u64Busynum;
     RwLockHandle m_hLock;
 };

@@ -1,42 +1,29 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/Clock.h"
 
-#include <sys/select.h>
-
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <sys/select.h>
 
 namespace {
 
 constexpr int64_t kUsPerSecond = 1000000;
 
-// Microseconds since the epoch; 0 as long as nothing set it. One atomic value, since the first use
-// may come from any thread.
+// Monotonic microseconds; 0 as long as nothing set it. One atomic value, since the first use may
+// come from any thread.
 std::atomic<int64_t> g_reference{0};
 
-timeval Now() {
+int64_t MonotonicUs() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * kUsPerSecond + now.tv_nsec / 1000;
+}
+
+timeval WallClock() {
     timeval now;
     gettimeofday(&now, nullptr);
     return now;
-}
-
-int64_t ToUs(const timeval& time) {
-    return time.tv_sec * kUsPerSecond + time.tv_usec;
-}
-
-timeval Reference() {
-    int64_t reference = g_reference;
-    if (reference == 0) {
-        const int64_t now = ToUs(Now());
-        if (g_reference.compare_exchange_strong(reference, now)) {
-            reference = now;
-        }
-    }
-    timeval result;
-    result.tv_sec = static_cast<time_t>(reference / kUsPerSecond);
-    result.tv_usec = static_cast<suseconds_t>(reference % kUsPerSecond);
-    return result;
 }
 
 } // namespace
@@ -44,21 +31,19 @@ timeval Reference() {
 Stopwatch g_stStopwatch;
 
 void ClockStart() {
-    g_reference = ToUs(Now());
+    g_reference = MonotonicUs();
 }
 
 uint32_t ClockMs() {
-    const timeval reference = Reference();
-    return MsBetween(reference, Now());
-}
-
-uint32_t MsBetween(const timeval& from, const timeval& to) {
-    const int64_t seconds = static_cast<int64_t>(to.tv_sec) - from.tv_sec;
-    return static_cast<uint32_t>((to.tv_usec - from.tv_usec) / 1000 + 1000 * seconds);
+    const int64_t now = MonotonicUs();
+    int64_t reference = 0;
+    if (g_reference.compare_exchange_strong(reference, now))
+        reference = now;
+    return static_cast<uint32_t>((now - reference) / 1000);
 }
 
 uint64_t WallClockMs() {
-    const timeval now = Now();
+    const timeval now = WallClock();
     return static_cast<uint64_t>(now.tv_sec) * 1000 + static_cast<uint64_t>(now.tv_usec) / 1000;
 }
 
@@ -70,9 +55,8 @@ void SleepMs(uint32_t ms) {
         const uint32_t now = ClockMs();
         const uint32_t elapsed = now - last;
         last = now;
-        if (ms <= elapsed) {
+        if (ms <= elapsed)
             return;
-        }
         ms -= elapsed;
         timeval timeout;
         timeout.tv_sec = static_cast<time_t>(ms / 1000);
@@ -92,11 +76,11 @@ tm* LocalTime(time_t t, tm* local) {
 }
 
 void StopwatchStart() {
-    g_stStopwatch.start = Now();
+    g_stStopwatch.start = WallClock();
 }
 
 void StopwatchStop() {
-    g_stStopwatch.end = Now();
+    g_stStopwatch.end = WallClock();
 }
 
 void StopwatchPrint() {

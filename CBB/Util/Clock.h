@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-#include <sys/time.h>
-
 #include <cstdint>
 #include <ctime>
+#include <sys/time.h>
 
-// Times come from gettimeofday(2): they follow the wall clock when it is set.
+// The reference, the milliseconds since then and the sleep go by the monotonic clock: setting the
+// recorder's clock moves none of them. All else is the wall clock's.
 
 // Sets the process-wide clock reference to now. Any thread may call it; once at the start is meant.
 // Without it, the first ClockMs, SleepMs or SemTimedWait sets the reference itself.
@@ -14,10 +14,6 @@ void ClockStart();
 
 // Milliseconds since the clock reference, modulo 2^32.
 uint32_t ClockMs();
-
-// (to.usec - from.usec) / 1000 + 1000 * (to.sec - from.sec), the signed division truncating towards
-// zero, modulo 2^32.
-uint32_t MsBetween(const timeval& from, const timeval& to);
 
 // Milliseconds since the epoch.
 uint64_t WallClockMs();
@@ -32,7 +28,7 @@ char* TimeText();
 // may have changed since the start) and returns it; null when t is beyond every calendar.
 tm* LocalTime(time_t t, tm* local);
 
-// One stopwatch for the process, without a lock.
+// One stopwatch for the process, without a lock, by the wall clock.
 struct Stopwatch {
     timeval start;
     timeval end;

@@ -7,9 +7,9 @@
 #include <string_view>
 
 // Copies into a fixed field, cut to its size less one and always terminated.
-template <size_t size>
-void CopyText(char (&field)[size], std::string_view text) {
-    const size_t length = std::min(text.size(), size - 1);
+template <size_t N>
+void CopyText(char (&field)[N], std::string_view text) {
+    const size_t length = std::min(text.size(), N - 1);
     memcpy(field, text.data(), length);
     field[length] = '\0';
 }

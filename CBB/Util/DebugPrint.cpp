@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/DebugPrint.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cstdarg>
 #include <cstdio>
+
+#include "CBB/Util/Console.h"
 
 namespace {
 
@@ -28,19 +28,15 @@ bool DebugIsShown(int level) {
 }
 
 void DebugPrint(int level, const char* format, ...) {
-    if (!DebugIsShown(level)) {
+    if (!DebugIsShown(level))
         return;
-    }
     char text[kTextSize];
     va_list arguments;
     va_start(arguments, format);
     const int length = vsnprintf(text, sizeof(text), format, arguments);
     va_end(arguments);
-    if (length > 0) {
-        const size_t count = std::min(static_cast<size_t>(length), sizeof(text) - 1);
-        // Nobody is left to tell when the console itself cannot be written.
-        [[maybe_unused]] const ssize_t written = write(STDOUT_FILENO, text, count);
-    }
+    if (length > 0)
+        ConsoleWrite({text, std::min(static_cast<size_t>(length), sizeof(text) - 1)});
 }
 
 void DebugSetEnable(uint8_t flag) {
@@ -49,9 +45,8 @@ void DebugSetEnable(uint8_t flag) {
 }
 
 void DebugSetLevel(int level) {
-    if (level >= 0 && level < kSilentLevel) {
+    if (level >= 0 && level < kSilentLevel)
         g_minimumLevel = level;
-    }
 }
 
 int DebugGetLevel() {
@@ -59,15 +54,13 @@ int DebugGetLevel() {
 }
 
 void DebugMoreVerbose() {
-    if (g_enabled != 0 && g_minimumLevel > 0) {
+    if (g_enabled != 0 && g_minimumLevel > 0)
         --g_minimumLevel;
-    }
     PrintSettings();
 }
 
 void DebugLessVerbose() {
-    if (g_enabled != 0 && g_minimumLevel < kSilentLevel) {
+    if (g_enabled != 0 && g_minimumLevel < kSilentLevel)
         ++g_minimumLevel;
-    }
     PrintSettings();
 }

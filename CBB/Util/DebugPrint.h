@@ -23,8 +23,8 @@ enum DebugLevel : int {
 #define DEBUG_ERROR_FORMAT(message) DEBUG_RED "[%-16s]<ERROR@%s, L%d>:" message "\n" DEBUG_RESET
 #define DEBUG_TRACE_FORMAT(message) DEBUG_MAGENTA "[LOG  ]<@%s, L%d>:" message DEBUG_RESET
 
-// Writes the text with one write(2) to standard output, past stdio's buffer, so that lines of
-// different threads do not mix. The text is cut at 1023 bytes.
+// Prints the text with ConsoleWrite, past stdio's buffer, so that lines of different threads do not
+// mix. The text is cut at 1023 bytes.
 void DebugPrint(int level, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
 // True when output of this level is shown: the console is enabled (default: yes) and its minimum

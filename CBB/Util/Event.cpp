@@ -2,16 +2,14 @@
 #include "CBB/Util/Event.h"
 
 #include <pthread.h>
-#include <sys/time.h>
 
 namespace {
 
 timespec DeadlineIn(uint32_t ms) {
-    timeval now;
-    gettimeofday(&now, nullptr);
     timespec deadline;
-    deadline.tv_sec = now.tv_sec + static_cast<time_t>(ms / 1000);
-    deadline.tv_nsec = (now.tv_usec + static_cast<long>(ms % 1000) * 1000) * 1000;
+    clock_gettime(CLOCK_MONOTONIC, &deadline);
+    deadline.tv_sec += static_cast<time_t>(ms / 1000);
+    deadline.tv_nsec += static_cast<long>(ms % 1000) * 1'000'000;
     return deadline;
 }
 

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/FileFun.h"
 
-#include "CBB/Util/Clock.h"
-#include "CBB/Util/Owner.h"
-
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <sys/stat.h>
+
+#include "CBB/Util/Clock.h"
+#include "CBB/Util/Owner.h"
 
 int64_t FileSize(const char* path) {
     struct stat info;
@@ -29,9 +28,8 @@ void AppendTimestampedText(const char* path, const char* text) {
     tm now = {};
     LocalTime(time(nullptr), &now);
     const FilePtr file(fopen(path, "a+b"));
-    if (file == nullptr) {
+    if (file == nullptr)
         return;
-    }
     fprintf(file.get(), "\r\n[%02d/%02d/%02d %02d:%02d:%02d]:", now.tm_year + 1900 - 2000,
             now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min, now.tm_sec);
     printf("--------------strFile, data:%s, size:%d.\n", text, static_cast<int>(strlen(text)));
@@ -40,21 +38,32 @@ void AppendTimestampedText(const char* path, const char* text) {
 
 int ReadWholeFile(void* buffer, size_t capacity, size_t* size, const char* path) {
     const FilePtr file(fopen(path, "rb"));
-    if (file == nullptr) {
+    if (file == nullptr)
         return -1;
-    }
     fseek(file.get(), 0, SEEK_END);
     const size_t bytes = static_cast<size_t>(std::max<off_t>(ftello(file.get()), 0));
-    rewind(file.get());
-    if (size != nullptr) {
+    fseek(file.get(), 0, SEEK_SET);
+    if (size != nullptr)
         *size = bytes;
-    }
     const size_t wanted = std::min(bytes, capacity);
     if (fread(buffer, 1, wanted, file.get()) != wanted) {
         puts("read file error");
         return -1;
     }
     return 0;
+}
+
+bool ReadTextFile(const char* path, std::string* text) {
+    const FilePtr file(fopen(path, "re"));
+    if (file == nullptr)
+        return false;
+    char block[4096];
+    size_t size = 0;
+    do {
+        size = fread(block, 1, sizeof(block), file.get());
+        text->append(block, size);
+    } while (size == sizeof(block));
+    return true;
 }
 
 int WriteWholeFile(const void* buffer, int n, const char* path) {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 // Whole files. Failures print a line on standard output.
 
@@ -20,6 +21,10 @@ void AppendTimestampedText(const char* path, const char* text);
 // unless size is null, also when that is more than was read. Returns 0, or -1 when the file cannot
 // be opened or read.
 int ReadWholeFile(void* buffer, size_t capacity, size_t* size, const char* path);
+
+// Appends the file's bytes to *text; for the kernel's files, too, which tell no size. False, with
+// errno set, when it cannot be opened.
+bool ReadTextFile(const char* path, std::string* text);
 
 // Makes n bytes the file's content. Returns n, or -1 when the file cannot be opened or takes fewer.
 int WriteWholeFile(const void* buffer, int n, const char* path);

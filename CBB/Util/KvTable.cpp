@@ -14,16 +14,15 @@ constexpr size_t kBytesPerBucket = 12;
 static_assert(kBytesPerBucket >= sizeof(void*), "a bucket holds a pointer");
 
 void FreeNode(KvNode* node) {
-    std::free(node->key);
-    std::free(node->value);
-    std::free(node);
+    free(node->key);
+    free(node->value);
+    free(node);
 }
 
 // The link that points to the node with this key, or the chain's last, null one.
 KvNode** FindLink(KvNode** chain, const char* key) {
-    while (*chain != nullptr && strcmp((*chain)->key, key) != 0) {
+    while (*chain != nullptr && strcmp((*chain)->key, key) != 0)
         chain = &(*chain)->next;
-    }
     return chain;
 }
 
@@ -36,38 +35,35 @@ const char** AllocTexts(uint32_t n) {
 
 KvTable* KvCreate() {
     KvTable* table = static_cast<KvTable*>(std::calloc(1, sizeof(KvTable)));
-    if (table == nullptr) {
+    if (table == nullptr)
         return nullptr;
-    }
     table->buckets = kBuckets;
     table->chains = static_cast<KvNode**>(std::calloc(kBuckets, kBytesPerBucket));
     if (table->chains == nullptr) {
-        std::free(table);
+        free(table);
         return nullptr;
     }
     return table;
 }
 
 int KvDestroy(KvTable* table) {
-    if (table == nullptr) {
+    if (table == nullptr)
         return kKvNullTable;
-    }
     for (uint32_t i = 0; i < table->buckets; ++i) {
         while (KvNode* node = table->chains[i]) {
             table->chains[i] = node->next;
             FreeNode(node);
         }
     }
-    std::free(table->chains);
-    std::free(table);
+    free(table->chains);
+    free(table);
     return 0;
 }
 
 KvNode* KvNodeCreate(const char* key, const char* value) {
     KvNode* node = static_cast<KvNode*>(std::calloc(1, sizeof(KvNode)));
-    if (node == nullptr) {
+    if (node == nullptr)
         return nullptr;
-    }
     node->key = strdup(key);
     node->value = strdup(value);
     if (node->key == nullptr || node->value == nullptr) {
@@ -112,18 +108,15 @@ void KvRemove(KvNode** chain, const char* key, uint32_t* count) {
 }
 
 int KvDump(const KvTable* table) {
-    if (table == nullptr) {
+    if (table == nullptr)
         return kKvNullTable;
-    }
     for (size_t i = 0; i < table->buckets; ++i) {
         const KvNode* node = table->chains[i];
-        if (node == nullptr) {
+        if (node == nullptr)
             continue;
-        }
         printf("[%zd]: ", static_cast<ssize_t>(i));
-        for (; node != nullptr; node = node->next) {
+        for (; node != nullptr; node = node->next)
             printf("%s=%s%s", node->key, node->value, node->next != nullptr ? "," : "\n");
-        }
     }
     return 0;
 }
@@ -131,9 +124,8 @@ int KvDump(const KvTable* table) {
 const char** KvKeys(const KvTable* table, uint32_t* n, int sorted) {
     *n = table->count;
     const char** keys = AllocTexts(*n);
-    if (keys == nullptr) {
+    if (keys == nullptr)
         return nullptr;
-    }
     uint32_t filled = 0;
     for (uint32_t i = 0; i < table->buckets; ++i) {
         for (const KvNode* node = table->chains[i]; node != nullptr && filled < *n;
@@ -157,13 +149,10 @@ const char** KvKeysNotIn(const char* const* keys, uint32_t n, const char* const*
                          uint32_t m, uint32_t* count) {
     *count = 0;
     const char** missing = AllocTexts(m);
-    if (missing == nullptr) {
+    if (missing == nullptr)
         return nullptr;
-    }
-    for (uint32_t i = 0; i < m; ++i) {
-        if (KvContains(keys, n, candidates[i]) == 0) {
+    for (uint32_t i = 0; i < m; ++i)
+        if (KvContains(keys, n, candidates[i]) == 0)
             missing[(*count)++] = candidates[i];
-        }
-    }
     return missing;
 }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/Lock.h"
 
-#include "CBB/Util/Handle.h"
-
 #include <cstdlib>
+
+#include "CBB/Util/Handle.h"
 
 namespace {
 
@@ -11,7 +11,7 @@ template <typename T, typename Attributes>
 T* CreateLock(int (*init)(T*, const Attributes*)) {
     T* lock = AllocHandle<T>();
     if (lock != nullptr && init(lock, nullptr) != 0) {
-        std::free(lock);
+        free(lock);
         lock = nullptr;
     }
     return lock;
@@ -19,11 +19,10 @@ T* CreateLock(int (*init)(T*, const Attributes*)) {
 
 template <typename T>
 int DestroyLock(T* lock, int (*destroy)(T*)) {
-    if (lock == nullptr) {
+    if (lock == nullptr)
         return kHandleNull;
-    }
     destroy(lock);
-    std::free(lock);
+    free(lock);
     return kHandleOk;
 }
 
@@ -53,8 +52,12 @@ CMutex::~CMutex() {
     pthread_mutex_destroy(&m_stMutex);
 }
 
-CCondition::CCondition() {
-    pthread_cond_init(&m_stCondition, nullptr);
+CCondition::CCondition(clockid_t clock) {
+    pthread_condattr_t attributes;
+    pthread_condattr_init(&attributes);
+    pthread_condattr_setclock(&attributes, clock);
+    pthread_cond_init(&m_stCondition, &attributes);
+    pthread_condattr_destroy(&attributes);
 }
 
 CCondition::~CCondition() {
@@ -70,9 +73,8 @@ AutoLock::~AutoLock() {
 }
 
 MutexGuard::MutexGuard(pthread_mutex_t* mutex) : m_pMutex(mutex) {
-    if (m_pMutex != nullptr) {
+    if (m_pMutex != nullptr)
         pthread_mutex_lock(m_pMutex);
-    }
 }
 
 MutexGuard::~MutexGuard() {
@@ -87,13 +89,11 @@ void MutexGuard::Release() {
 }
 
 RwLockGuard::RwLockGuard(pthread_rwlock_t* lock, int write) : m_pLock(nullptr) {
-    if (lock == nullptr) {
+    if (lock == nullptr)
         return;
-    }
     const int rc = write != 0 ? pthread_rwlock_wrlock(lock) : pthread_rwlock_rdlock(lock);
-    if (rc == 0) {
+    if (rc == 0)
         m_pLock = lock;
-    }
 }
 
 RwLockGuard::~RwLockGuard() {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-#include <pthread.h>
-
 #include <cstdint>
+#include <ctime>
+#include <pthread.h>
 
 // Heap handles. Create returns null when memory is exhausted or the initialisation fails; Destroy
 // frees the handle and returns 0, or kHandleNull (CBB/Util/Handle.h) for null.
@@ -29,11 +29,11 @@ private:
     pthread_mutex_t m_stMutex;
 };
 
-// A condition variable with default attributes and the value that is waited for, as a member of its
-// owner. The owner's mutex guards both.
+// A condition variable and the value that is waited for, as a member of its owner. The owner's
+// mutex guards both. Times of waits are those of `clock`; other attributes are the default's.
 class CCondition {
 public:
-    CCondition();
+    explicit CCondition(clockid_t clock = CLOCK_REALTIME);
     ~CCondition();
     CCondition(const CCondition&) = delete;
     CCondition& operator=(const CCondition&) = delete;

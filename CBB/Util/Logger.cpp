@@ -1,10 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/Logger.h"
 
-#include "CBB/Util/Clock.h"
-#include "CBB/Util/DebugPrint.h"
-#include "CBB/Util/Owner.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
@@ -12,6 +8,11 @@
 #include <cstring>
 #include <ctime>
 #include <vector>
+
+#include "CBB/Util/Clock.h"
+#include "CBB/Util/DebugPrint.h"
+#include "CBB/Util/Owner.h"
+#include "CBB/Util/TimeFun.h"
 
 namespace {
 
@@ -39,9 +40,8 @@ tm LocalNow() {
 // card, chooses their names: in quotes, no character of a name means anything to the shell.
 void RunOnPath(const std::string& command, const std::string& path) {
     std::string text = command + "'";
-    for (const char c : path) {
+    for (const char c : path)
         text += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    }
     text += "'";
     // A failure shows where the path is used next.
     [[maybe_unused]] const int rc = system(text.c_str());
@@ -49,9 +49,8 @@ void RunOnPath(const std::string& command, const std::string& path) {
 
 DirPtr OpenOrMake(const std::string& path) {
     DirPtr dir(opendir(path.c_str()));
-    if (dir != nullptr) {
+    if (dir != nullptr)
         return dir;
-    }
     if (errno != ENOENT) {
         DebugPrint(kDebugError, DEBUG_ERROR_FORMAT("open dir:[%s] error:%s."), "Logger", "clearLog",
                    kLineOpenDir, path.c_str(), strerror(errno));
@@ -111,9 +110,8 @@ int Logger::clearLog(int keep) {
     std::vector<std::string> names;
     {
         const DirPtr dir = OpenOrMake(m_strDir);
-        if (dir == nullptr) {
+        if (dir == nullptr)
             return -1;
-        }
         while (const dirent* entry = readdir(dir.get())) {
             const std::string name = entry->d_name;
             if (name != "." && name != ".." && name.size() == m_strFileName.size() &&
@@ -141,14 +139,13 @@ void Logger::log(const char* format, ...) {
                    kLineNotInit);
         return;
     }
-    if (m_uiLineNo % kRewindLines == 0) {
+    if (m_uiLineNo % kRewindLines == 0)
         fseek(m_pFile, 0, SEEK_SET);
-    }
-    const tm now = LocalNow();
+    char now[kTimeTextSize];
+    FormatTimeText(time(nullptr), now);
     char line[kLineSize] = {};
-    const int header = snprintf(
-        line, kHeaderSize, "<L%d> [%d-%02d-%02d %02d:%02d:%02d]:", static_cast<int>(m_uiLineNo),
-        now.tm_year + 1900, now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min, now.tm_sec);
+    const int header =
+        snprintf(line, kHeaderSize, "<L%d> [%s]:", static_cast<int>(m_uiLineNo), now);
     va_list arguments;
     va_start(arguments, format);
     vsnprintf(line + header, sizeof(line) - static_cast<size_t>(header), format, arguments);
@@ -159,9 +156,8 @@ void Logger::log(const char* format, ...) {
 }
 
 int Logger::close() {
-    if (m_pFile == nullptr) {
+    if (m_pFile == nullptr)
         return 0;
-    }
     const int rc = fclose(m_pFile);
     m_pFile = nullptr;
     return rc;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-#include "CBB/Util/Lock.h"
-
 #include <cstdint>
 #include <cstdio>
 #include <string>
+
+#include "CBB/Util/Lock.h"
 
 // The file logger: one log file a run in a directory that is pruned to a fixed number of files.
 // Its own failures go to the console, as red lines of level 3.

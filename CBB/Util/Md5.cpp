@@ -73,9 +73,8 @@ void Transform(uint32_t state[4], const uint8_t* block) {
 }
 
 void PutLittleEndian(uint8_t* out, uint64_t value, unsigned int bytes) {
-    for (unsigned int i = 0; i < bytes; ++i) {
+    for (unsigned int i = 0; i < bytes; ++i)
         out[i] = static_cast<uint8_t>(value >> (8 * i));
-    }
 }
 
 } // namespace
@@ -93,9 +92,8 @@ void Md5Update(Md5Context* context, const void* data, size_t length) {
         context->bytes += chunk;
         bytes += chunk;
         length -= chunk;
-        if (begun + chunk == kBlockSize) {
+        if (begun + chunk == kBlockSize)
             Transform(context->state, context->block);
-        }
     }
 }
 
@@ -106,7 +104,6 @@ void Md5Final(Md5Context* context, uint8_t digest[16]) {
     const size_t begun = context->bytes % kBlockSize;
     Md5Update(context, padding, (begun < kLengthAt ? kLengthAt : kLengthAt + kBlockSize) - begun);
     Md5Update(context, bits, sizeof(bits));
-    for (size_t i = 0; i < 4; ++i) {
+    for (size_t i = 0; i < 4; ++i)
         PutLittleEndian(digest + 4 * i, context->state[i], 4);
-    }
 }

@@ -3,6 +3,7 @@
 
 #include <arpa/inet.h>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <netdb.h>
@@ -11,12 +12,16 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "CBB/Util/NetText.h"
+
 namespace {
 
 constexpr int kReceiveBuffer = 51200;
 // A host that does not answer at once counts as lost.
 constexpr timespec kReplyWait = {0, 500'000};
+// In an IPv4 header (RFC 791).
 constexpr int kTtlOffset = 8;
+constexpr int kSourceOffset = 12;
 
 // The start of the packet as it travels; padding follows.
 struct EchoPacket {
@@ -115,9 +120,7 @@ void CMyPing::ReceiveReply() {
     pollfd waiting = {m_iSock, POLLIN, 0};
     if (ppoll(&waiting, 1, &kReplyWait, nullptr) <= 0)
         return;
-    socklen_t fromSize = sizeof(m_stFromAddr);
-    const ssize_t length = recvfrom(m_iSock, m_szRecvBuf, sizeof(m_szRecvBuf), 0,
-                                    reinterpret_cast<sockaddr*>(&m_stFromAddr), &fromSize);
+    const ssize_t length = recv(m_iSock, m_szRecvBuf, sizeof(m_szRecvBuf), 0);
     if (length < 0) {
         if (errno == EINTR)
             return;
@@ -143,6 +146,12 @@ bool CMyPing::ParseReply(const unsigned char* datagram, int length) {
     // The whole process id is compared, so above 65535 no reply is accepted, on purpose.
     if (packet.type != ICMP_ECHOREPLY || ntohs(packet.identifier) != m_iPid)
         return false;
+    // A raw socket is given every host's replies, also late ones to a ping before this.
+    constexpr size_t kRepeated = offsetof(EchoPacket, identifier);
+    if (memcmp(datagram + kSourceOffset, &m_stDstAddr.sin_addr, sizeof(in_addr)) != 0 ||
+        memcmp(datagram + headerLength + kRepeated, m_szSendBuf + kRepeated,
+               sizeof(packet) - kRepeated) != 0)
+        return false;
 
     int64_t seconds =
         static_cast<int32_t>(static_cast<uint32_t>(m_stRecvTime.tv_sec) - packet.seconds);
@@ -151,11 +160,11 @@ bool CMyPing::ParseReply(const unsigned char* datagram, int length) {
         --seconds;
         microseconds += 1000000;
     }
-    m_dRttMs = static_cast<double>(seconds) * 1000 + static_cast<double>(microseconds) / 1000.0;
+    const double rttMs =
+        static_cast<double>(seconds) * 1000 + static_cast<double>(microseconds) / 1000.0;
     printf("%d byte from %s: icmp_seq=%u ttl=%d rtt=%.3f ms\n", icmpLength,
-           inet_ntoa(m_stDstAddr.sin_addr), static_cast<unsigned>(ntohs(packet.sequence)),
-           datagram[kTtlOffset], m_dRttMs);
-    m_bReachable = 1;
+           DottedText(m_stDstAddr.sin_addr.s_addr).c_str(),
+           static_cast<unsigned>(ntohs(packet.sequence)), datagram[kTtlOffset], rttMs);
     ++m_iRecvCount;
     return true;
 }
@@ -168,12 +177,11 @@ void CMyPing::PrintStatistics() const {
 }
 
 void CMyPing::Ping(const char* host) {
-    m_bReachable = 0;
     if (!OpenSocket() || !Resolve(host))
         return;
     m_iPid = getpid();
-    printf("PING %s(%s): %d bytes data in ICMP packets.\n", host, inet_ntoa(m_stDstAddr.sin_addr),
-           m_iDataLen);
+    printf("PING %s(%s): %d bytes data in ICMP packets.\n", host,
+           DottedText(m_stDstAddr.sin_addr.s_addr).c_str(), m_iDataLen);
     SendRequest();
     ReceiveReply();
     PrintStatistics();

@@ -21,8 +21,9 @@ public:
     // Closes the socket: close(2)'s result, or -1 when it was closed already.
     int Close();
 
-    // Whether the `length` bytes of an IP datagram are the reply to this object's last request,
-    // which is then reported and counted. Any bytes will do; a length below 0 stands for none.
+    // Whether the `length` bytes of an IP datagram are the asked address's reply to this object's
+    // last request, which is then reported and counted. Any bytes will do; a length below 0 stands
+    // for none.
     bool ParseReply(const unsigned char* datagram, int length);
 
     // The Internet checksum (RFC 1071) of words in host order; an odd last byte is a low byte.
@@ -35,7 +36,6 @@ private:
     void ReceiveReply();
     void PrintStatistics() const;
 
-    uint8_t m_bReachable = 0;
     unsigned char m_szSendBuf[4096] = {};
     unsigned char m_szRecvBuf[4096] = {};
     int m_iSock = -1;
@@ -43,10 +43,8 @@ private:
     int m_iSendCount = 0;
     int m_iRecvCount = 0;
     sockaddr_in m_stDstAddr = {};
-    sockaddr_in m_stFromAddr = {};
     int m_iPid = 0;
     timeval m_stRecvTime = {};
-    double m_dRttMs = 0; // of the last reply
 };
 
 // Probes `host` once; the report on standard output tells whether it answered. Returns what Close

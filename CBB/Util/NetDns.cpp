@@ -6,6 +6,8 @@
 #include <resolv.h>
 #include <string>
 
+#include "CBB/Util/CopyText.h"
+#include "CBB/Util/FileFun.h"
 #include "CBB/Util/Lock.h"
 #include "CBB/Util/NetShared.h"
 #include "CBB/Util/NetTool.h"
@@ -107,7 +109,7 @@ int ResolveServerAddress(const char* text, char dotted[20], uint32_t* addr) {
     if (host != nullptr) {
         CachedServer server = {};
         memcpy(&server.uiAddr, host->h_addr_list[0], sizeof(server.uiAddr));
-        inet_ntop(AF_INET, &server.uiAddr, server.szDotted, sizeof(server.szDotted));
+        CopyText(server.szDotted, DottedText(server.uiAddr));
         StoreInCache(server);
         Deliver(server, dotted, addr);
         if (dotted != nullptr)

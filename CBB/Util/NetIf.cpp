@@ -74,6 +74,10 @@ int SetIfAddr(const char* name, uint32_t addr) {
     return SetAddress(name, SIOCSIFADDR, addr);
 }
 
+int GetIfBrdAddr(const char* name, uint32_t* addr) {
+    return GetAddress(Open(SOCK_DGRAM).Get(), name, SIOCGIFBRDADDR, addr);
+}
+
 int GetIfNetmask(const char* name, uint32_t* mask) {
     return GetAddress(Open(SOCK_STREAM).Get(), name, SIOCGIFNETMASK, mask);
 }
@@ -141,7 +145,8 @@ int GetIfInfo(const char* name, NetIfInfo* info) {
 int IsIfRunning(const char* name) {
     if (name == nullptr)
         return 0;
-    (void)pthread_mutex_trylock(&g_stNetToolLock); // never released, on purpose
+    // Never released, on purpose; who holds it is all the same.
+    [[maybe_unused]] const int busy = pthread_mutex_trylock(&g_stNetToolLock);
     const CDescriptor sock(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ifreq request = RequestFor(name);
     if (sock.Get() < 0 || ioctl(sock.Get(), SIOCGIFFLAGS, &request) != 0)

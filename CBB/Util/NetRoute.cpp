@@ -10,6 +10,7 @@
 #include <sys/socket.h>
 
 #include "CBB/Util/CopyText.h"
+#include "CBB/Util/FileFun.h"
 #include "CBB/Util/Lock.h"
 #include "CBB/Util/NetShared.h"
 #include "CBB/Util/NetTool.h"
@@ -21,7 +22,7 @@ constexpr char kRouteFile[] = "/proc/net/route";
 constexpr int kActionAdd = 1;
 constexpr int kActionDelete = 2;
 
-enum class Kind { Unknown, Host, Network };
+enum class Kind : uint8_t { Unknown, Host, Network };
 
 Kind Resolve(const char* text, sockaddr* out) {
     sockaddr_in addr = {};
@@ -39,14 +40,9 @@ uint32_t AddressOf(const sockaddr& in) {
     return addr.sin_addr.s_addr;
 }
 
-std::string Dotted(uint32_t addr) {
-    char text[INET_ADDRSTRLEN];
-    return inet_ntop(AF_INET, &addr, text, sizeof(text));
-}
-
 // The first row of the interface that `wanted` takes.
 template <typename Wanted>
-int FindRoute(const char* name, const Wanted& wanted, uint32_t RouteRow::*field, uint32_t* out) {
+int FindRoute(const char* name, const Wanted& wanted, uint32_t RouteRow::* field, uint32_t* out) {
     if (name == nullptr)
         return -1;
     const AutoLock lock(&g_stNetToolLock);
@@ -89,16 +85,6 @@ int DeleteDefaultRoutes(const char* name, int line) {
 
 } // namespace
 
-bool ReadTextFile(const char* path, std::string* text) {
-    const FilePtr file(fopen(path, "re"));
-    if (!file)
-        return false;
-    char block[4096];
-    for (size_t size; (size = fread(block, 1, sizeof(block), file.get())) > 0;)
-        text->append(block, size);
-    return true;
-}
-
 bool ReadRoutes(const RouteForm& form, std::vector<RouteRow>* rows) {
     std::string text;
     if (!ReadTextFile(kRouteFile, &text))
@@ -140,13 +126,13 @@ bool BuildRoute(const char* dst, uint32_t mask, const char* gateway, unsigned sh
             printf("SetRoute, netmask and route address conflict");
             return false;
         }
-        Resolve(Dotted(mask).c_str(), &route->rt_genmask);
+        Resolve(DottedText(mask).c_str(), &route->rt_genmask);
     }
     return true;
 }
 
 int SetRoute(const char* name, uint32_t gateway, int action) {
-    const std::string text = Dotted(gateway);
+    const std::string text = DottedText(gateway);
     printf("SetRoute, [0x%0x] - [%s], Action=%d\n", gateway, text.c_str(), action);
     rtentry route;
     if (!BuildRoute("default", 0, text.c_str(), RTF_UP, &route))

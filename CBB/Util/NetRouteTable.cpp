@@ -63,7 +63,7 @@ int PrintRouteTable() {
     puts("Destination\tGenmask\t\tGateway\t\tUse Iface");
     for (const RouteNode* node = table.get(); node != nullptr; node = node->pNext) {
         for (const uint32_t addr : {node->uiDst, node->uiMask, node->uiGateway})
-            printf("%s\t", inet_ntoa(in_addr{addr}));
+            printf("%s\t", DottedText(addr).c_str());
         puts(node->szIfName);
     }
     return 0;

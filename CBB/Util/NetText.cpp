@@ -2,6 +2,7 @@
 #include "CBB/Util/NetText.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <charconv>
 #include <net/route.h>
 
@@ -54,6 +55,11 @@ bool ParseRoute(std::string_view line, int fields, RouteRow* row) {
 }
 
 } // namespace
+
+std::string DottedText(uint32_t addr) {
+    char text[INET_ADDRSTRLEN];
+    return inet_ntop(AF_INET, &addr, text, sizeof(text));
+}
 
 bool RouteRow::IsDefault() const {
     return uiFlags == (RTF_UP | RTF_GATEWAY) && uiDst == 0 && uiMask == 0;

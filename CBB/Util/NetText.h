@@ -3,12 +3,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 #include <vector>
 
 #include "CBB/Util/NetTool.h"
 
 // What /proc/net/route and resolv.conf(5) say, from their bytes. Any bytes will do.
+
+// "192.168.50.2" of an address in network byte order.
+std::string DottedText(uint32_t addr);
 
 struct RouteRow {
     char szIfName[64]; // longer names are cut

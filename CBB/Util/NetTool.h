@@ -17,6 +17,7 @@
 int GetIfAddr(const char* name, uint32_t* addr);
 int GetIfAddr(int sock, const char* name, uint32_t* addr); // asked on the caller's IPv4 socket
 int SetIfAddr(const char* name, uint32_t addr);
+int GetIfBrdAddr(const char* name, uint32_t* addr); // the broadcast address
 int GetIfNetmask(const char* name, uint32_t* mask);
 int SetIfNetmask(const char* name, uint32_t mask);
 int GetIfHwAddr(const char* name, unsigned char mac[6]);

@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/SystemControl.h"
 
-#include "CBB/Util/Owner.h"
-
-#include <dirent.h>
-#include <sys/reboot.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <dirent.h>
 #include <string>
+#include <sys/reboot.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "CBB/Util/Owner.h"
 
 SystemCalls g_stSystemCalls = {system, reboot, sleep};
 
@@ -26,9 +25,8 @@ constexpr int kNoPid = -1;
 [[noreturn]] void RunChild(const char* path) {
     puts("--------------------------child process------------------");
     fflush(stdout);
-    for (int fd = kFirstClosed; fd <= kLastClosed; ++fd) {
+    for (int fd = kFirstClosed; fd <= kLastClosed; ++fd)
         close(fd);
-    }
     char variable[] = "PATH=/sbin/:/bin/:/lib/:/usr/sbin:/usr/bin:/mnt/app";
     char* const environment[] = {variable, nullptr};
     char* const arguments[] = {const_cast<char*>(path), nullptr};
@@ -40,9 +38,8 @@ constexpr int kNoPid = -1;
 // The second word of the status file's first line, "" when there is none.
 std::string StatusName(const std::string& folder) {
     struct stat info;
-    if (stat(folder.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) {
+    if (stat(folder.c_str(), &info) != 0 || !S_ISDIR(info.st_mode))
         return "";
-    }
     const FilePtr file(fopen((folder + "/status").c_str(), "r"));
     char line[512];
     char word[sizeof(line)];
@@ -58,9 +55,8 @@ int LastPidNamed(const char* name) {
     const DirPtr proc(opendir("/proc"));
     while (const dirent* entry = proc != nullptr ? readdir(proc.get()) : nullptr) {
         const std::string folder = entry->d_name;
-        if (folder == "." || folder == "..") {
+        if (folder == "." || folder == "..")
             continue;
-        }
         const std::string found = StatusName("/proc/" + folder);
         if (!found.empty() && found == name) {
             printf("PID: %s\n", entry->d_name);
@@ -108,9 +104,8 @@ int SpawnProgram(const char* path) {
         perror("vfork error:");
         return -1;
     }
-    if (child == 0) {
+    if (child == 0)
         RunChild(path);
-    }
     puts("--------------------------parent process------------------");
     return 0;
 }

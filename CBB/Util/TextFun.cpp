@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/TextFun.h"
 
-#include <arpa/inet.h>
-#include <netdb.h>
-
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
+#include <netdb.h>
 #include <string>
+
+#include "CBB/Util/NetText.h"
 
 namespace {
 
@@ -33,10 +35,8 @@ int MyGetHostByName(const char* name, in_addr_t* addr) {
     }
     in_addr first;
     memcpy(&first, host->h_addr_list[0], sizeof(first));
-    char dotted[INET_ADDRSTRLEN];
-    inet_ntop(AF_INET, &first, dotted, sizeof(dotted));
     printf("MyGetHostByName, HostName :%s/n", host->h_name);
-    printf("MyGetHostByName, IP Address :%s/n", dotted);
+    printf("MyGetHostByName, IP Address :%s/n", DottedText(first.s_addr).c_str());
     *addr = first.s_addr;
     return 0;
 }
@@ -51,33 +51,41 @@ int IsIpv4Text(const char* text) {
             continue;
         }
         number = number * 10 + (*text - '0');
-        if (!IsDigit(*text) || number > 255) {
+        if (!IsDigit(*text) || number > 255)
             return 0;
-        }
     }
     return dots == 3 ? 1 : 0;
 }
 
 int IsHexText(const char* text) {
-    if (text == nullptr || text[0] != '0' || (text[1] != 'x' && text[1] != 'X')) {
+    if (text == nullptr || text[0] != '0' || (text[1] != 'x' && text[1] != 'X'))
         return 0;
-    }
     return text[2] != '\0' && AllOf(text + 2, IsHexDigit) ? 1 : 0;
 }
 
 int IsIntegerText(const char* text) {
-    if (text == nullptr) {
+    if (text == nullptr)
         return 0;
-    }
     return AllOf(*text == '-' ? text + 1 : text, IsDigit) ? 1 : 0;
 }
 
 const char* SkipBlanks(const char* text) {
-    if (text == nullptr) {
+    if (text == nullptr)
         return nullptr;
-    }
     text += strspn(text, " \t\n\r");
     return *text != '\0' ? text : nullptr;
+}
+
+int ToInt(const char* text) {
+    // Nearly every value is a few digits, which strtoll takes long for: it knows locales.
+    constexpr int kSafeDigits = 9;
+    int value = 0;
+    int digits = 0;
+    for (; digits < kSafeDigits && text[digits] >= '0' && text[digits] <= '9'; ++digits)
+        value = value * 10 + (text[digits] - '0');
+    if (digits > 0 && digits < kSafeDigits)
+        return value;
+    return static_cast<int>(static_cast<uint32_t>(strtoll(text, nullptr, 10)));
 }
 
 char* IntToText(long value, char* text) {

@@ -21,5 +21,9 @@ int IsIntegerText(const char* text);
 // The first character that is not a space, tab, line feed or carriage return; null without one.
 const char* SkipBlanks(const char* text);
 
+// The low 32 bits of what strtoll(3) reads in base 10, so the same on every machine: atoi's result
+// where that is defined, 0 for a text that is no number.
+int ToInt(const char* text);
+
 // Writes the number's first six characters and a NUL into 7 bytes at text, and returns text.
 char* IntToText(long value, char* text);

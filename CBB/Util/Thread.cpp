@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/Thread.h"
 
-#include "CBB/Util/Handle.h"
-
+#include <cstdlib>
 #include <pthread.h>
 
-#include <cstdlib>
+#include "CBB/Util/Handle.h"
 
 struct ThreadHandle {
     pthread_attr_t attributes;
@@ -17,28 +16,25 @@ namespace {
 bool StartThread(ThreadHandle* thread, ThreadEntry start, void* arg, size_t stackSize,
                  bool systemScope) {
     pthread_attr_t* attributes = &thread->attributes;
-    if (pthread_attr_init(attributes) != 0) {
+    if (pthread_attr_init(attributes) != 0)
         return false;
-    }
     const size_t stack = stackSize != 0 ? stackSize : kDefaultThreadStack;
     const bool started =
         pthread_attr_setdetachstate(attributes, PTHREAD_CREATE_JOINABLE) == 0 &&
         pthread_attr_setstacksize(attributes, stack) == 0 &&
         (!systemScope || pthread_attr_setscope(attributes, PTHREAD_SCOPE_SYSTEM) == 0) &&
         pthread_create(&thread->id, attributes, start, arg) == 0;
-    if (!started || systemScope) {
+    if (!started || systemScope)
         pthread_attr_destroy(attributes);
-    }
     return started;
 }
 
 int Create(ThreadEntry start, void* arg, ThreadHandle** out, size_t stackSize, bool systemScope) {
     ThreadHandle* thread = AllocHandle<ThreadHandle>();
-    if (thread == nullptr) {
+    if (thread == nullptr)
         return kHandleNoMemory;
-    }
     if (!StartThread(thread, start, arg, stackSize, systemScope)) {
-        std::free(thread);
+        free(thread);
         return kHandleNoThread;
     }
     *out = thread;
@@ -56,16 +52,15 @@ int ThreadCreateSystemScope(ThreadEntry start, void* arg, ThreadHandle** out, si
 }
 
 int ThreadStop(ThreadHandle* thread) {
-    if (thread == nullptr) {
+    if (thread == nullptr)
         return kHandleNull;
-    }
     pthread_cancel(thread->id);
     return pthread_join(thread->id, nullptr);
 }
 
 int ThreadStopAndFree(ThreadHandle* thread) {
     const int rc = ThreadStop(thread);
-    std::free(thread);
+    free(thread);
     return rc;
 }
 

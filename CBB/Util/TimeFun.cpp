@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/TimeFun.h"
 
-#include "CBB/Util/Clock.h"
-
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+
+#include "CBB/Util/Clock.h"
 
 namespace {
 
@@ -82,14 +83,8 @@ void FormatTimeText(const tm& local, char* text) {
 }
 
 int FormatTime(time_t t, char* text) {
-    tm local;
-    if (LocalTime(t, &local) == nullptr) {
-        *text = '\0';
-        return 0;
-    }
-    return snprintf(text, kTimeTextSize, "%4.4d-%2.2d-%2.2d %2.2d:%2.2d:%2.2d",
-                    local.tm_year + kTmYear, local.tm_mon + 1, local.tm_mday, local.tm_hour,
-                    local.tm_min, local.tm_sec);
+    FormatTimeText(t, text);
+    return static_cast<int>(strlen(text));
 }
 
 int DaysInMonth(int year, int month) {
@@ -116,9 +111,8 @@ int DayOfWeek(int year, int month, int day) {
 }
 
 int NthSundayOfMonth(int year, int month, int n) {
-    if (n < 0 || n > kLastSunday) {
+    if (n < 0 || n > kLastSunday)
         return 0;
-    }
     int day = 0;
     if (n == kLastSunday) {
         const int last = DaysInMonth(year, month);

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-#include <sys/time.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
+#include <sys/time.h>
 
 // Dates and times of day, in the local zone.
 
@@ -38,7 +37,7 @@ char* FormatTimeText(time_t t, char* text);
 // The same of a time at hand, into kTimeTextSize bytes at text.
 void FormatTimeText(const tm& local, char* text);
 
-// "2024-03-31 02:30:00" into kTimeTextSize bytes at text; returns the length.
+// The same into kTimeTextSize bytes at text; returns the length.
 int FormatTime(time_t t, char* text);
 
 // 28 to 31; 31 also for months out of range.

@@ -8,10 +8,15 @@
 #include <cstring>
 #include <getopt.h>
 
+#include "CBB/WebCtrl/Http/Tls.h"
+
 namespace {
 
-// The server's field for it holds 128 bytes.
+// CWebCtrl keeps the path in 128 bytes.
 constexpr size_t kMaxWebRoot = 127;
+
+constexpr uint16_t kHttpPort = 80;
+constexpr uint16_t kHttpsPort = 443;
 
 constexpr char kNameCharacters[] =
     "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-.";
@@ -24,6 +29,11 @@ constexpr char kHelp[] =
     "  --recorder IP:PORT  where the recorder's main application listens, UDP (127.0.0.1:6000)\n"
     "  --web-root DIR      folder of the page (web_root beside the executable)\n"
     "  --allow-host NAME   domain name under which browsers may use the API too; repeatable\n"
+    "  --mask-secrets      show passwords and keys as *** in the lines that it prints\n"
+    "  --login FILE        who may log in: NAME:HASH or NAME:HASH:read a line; SIGHUP reads it "
+    "again\n"
+    "  --tls-cert FILE     certificate, PEM: HTTPS alone, on port 443 unless --port is given\n"
+    "  --tls-key FILE      its private key, PEM\n"
     "  --help              print this and end\n"
     "  --version           print the version and end\n";
 
@@ -60,10 +70,16 @@ void ReadRecorder(const char* text, Options& options) {
 void ReadWebRoot(const char* text, Options& options) {
     if (text[0] == '\0' || strlen(text) > kMaxWebRoot)
         Refuse("--web-root takes a path of 1 to %zu bytes", kMaxWebRoot);
-    // The HTTP library reads a root with these as a list of mounts.
+    // The HTTP library takes a root with `,` or `=` for a list of mounts.
     if (strpbrk(text, ",=") != nullptr)
         Refuse("--web-root cannot take a path with ',' or '=': '%s'", text);
     options.webRoot = text;
+}
+
+std::string ReadPath(const char* name, const char* text) {
+    if (text[0] == '\0')
+        Refuse("%s takes the path of a file", name);
+    return text;
 }
 
 } // namespace
@@ -74,11 +90,16 @@ Options ReadOptions(int argc, char** argv) {
         {"recorder", required_argument, nullptr, 'r'},
         {"web-root", required_argument, nullptr, 'w'},
         {"allow-host", required_argument, nullptr, 'a'},
+        {"mask-secrets", no_argument, nullptr, 'm'},
+        {"login", required_argument, nullptr, 'l'},
+        {"tls-cert", required_argument, nullptr, 'c'},
+        {"tls-key", required_argument, nullptr, 'k'},
         {"help", no_argument, nullptr, 'h'},
         {"version", no_argument, nullptr, 'v'},
         {},
     };
     Options options;
+    options.port = 0;
     opterr = 0;
     for (int found; (found = getopt_long(argc, argv, "+:", known, nullptr)) != -1;) {
         switch (found) {
@@ -98,11 +119,23 @@ Options ReadOptions(int argc, char** argv) {
                 Refuse("--allow-host takes a domain name, not '%s'", optarg);
             options.allowedHosts.emplace_back(optarg);
             break;
+        case 'm':
+            options.maskSecrets = true;
+            break;
+        case 'l':
+            options.loginFile = ReadPath("--login", optarg);
+            break;
+        case 'c':
+            options.tlsCert = ReadPath("--tls-cert", optarg);
+            break;
+        case 'k':
+            options.tlsKey = ReadPath("--tls-key", optarg);
+            break;
         case 'h':
             fputs(kHelp, stdout);
             exit(0);
         case 'v':
-            puts("webctrl " WEBCTRL_VERSION);
+            printf("webctrl " WEBCTRL_VERSION "\nTLS: %s\n", TlsLibrary());
             exit(0);
         case ':':
             Refuse("%s needs a value", argv[optind - 1]);
@@ -112,5 +145,9 @@ Options ReadOptions(int argc, char** argv) {
     }
     if (optind < argc)
         Refuse("unexpected '%s'", argv[optind]);
+    if (options.tlsCert.empty() != options.tlsKey.empty())
+        Refuse("--tls-cert and --tls-key belong together");
+    if (options.port == 0)
+        options.port = options.tlsCert.empty() ? kHttpPort : kHttpsPort;
     return options;
 }

@@ -5,16 +5,20 @@
 #include <string>
 #include <vector>
 
-/// The command line. Without options the daemon behaves as it always did.
+// What the command line asks for. The defaults are those of a daemon without options.
 struct Options {
-    uint16_t port = 80;
+    uint16_t port = 80; // 443 where a certificate is given
     std::string recorderIp = "127.0.0.1";
     uint16_t recorderPort = 6000;
-    std::string webRoot; ///< empty: beside the executable
+    std::string webRoot; // empty: beside the executable
     std::vector<std::string> allowedHosts;
+    bool maskSecrets = false;
+    std::string loginFile; // empty: whoever reaches the port may do all
+    std::string tlsCert;   // empty, as the key then is: plain HTTP
+    std::string tlsKey;
 };
 
-/// Reads the command line (getopt_long(3)). Prints the help or the version on standard output and
-/// ends with status 0 when asked to; prints one line on standard error and ends with status 2 for
-/// anything that it cannot take.
+// Reads the command line (getopt_long(3)). Asked for help or version, prints it and ends the
+// process with status 0. For a bad option prints one line on standard error and ends it with
+// status 2.
 Options ReadOptions(int argc, char** argv);

@@ -1,40 +1,50 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/PrintLine.h"
 
-#include <unistd.h>
-
-#include <cerrno>
 #include <charconv>
+#include <cstring>
 
-void ConsoleLine::Add(int value) {
-    const auto added = std::to_chars(m_text + m_size, m_text + kCapacity, value);
-    if (added.ec == std::errc())
-        m_size = static_cast<size_t>(added.ptr - m_text);
+#include "CBB/Util/Printable.h"
+
+namespace {
+
+// A 32-bit number as text: at most a sign and ten digits.
+template <typename Number>
+class Digits {
+public:
+    Digits(Number value, int base)
+        : m_end(std::to_chars(m_text, m_text + sizeof(m_text), value, base).ptr) {}
+    std::string_view Text() const { return {m_text, static_cast<size_t>(m_end - m_text)}; }
+
+private:
+    char m_text[11];
+    char* m_end;
+};
+
+} // namespace
+
+void PrintPiece(int value) {
+    PrintPiece(Digits(value, 10).Text());
 }
 
-void ConsoleLine::Add(Hex number) {
-    const auto added = std::to_chars(m_text + m_size, m_text + kCapacity, number.value, 16);
-    if (added.ec == std::errc())
-        m_size = static_cast<size_t>(added.ptr - m_text);
+void PrintPiece(Hex number) {
+    PrintPiece(Digits(number.value, 16).Text());
 }
 
-void ConsoleLine::Add(Ipv4 host) {
+void PrintPiece(Ipv4 host) {
     uint8_t bytes[sizeof(host.address)];
     memcpy(bytes, &host.address, sizeof(bytes));
     const char* before = "";
     for (const uint8_t byte : bytes) {
-        Add(before);
-        Add(int{byte});
+        PrintPiece(before);
+        PrintPiece(int{byte});
         before = ".";
     }
 }
 
-void ConsoleLine::Write() const {
-    for (size_t done = 0; done < m_size;) {
-        const ssize_t written = write(STDOUT_FILENO, m_text + done, m_size - done);
-        if (written >= 0)
-            done += static_cast<size_t>(written);
-        else if (errno != EINTR)
-            return; // nobody is left to tell
-    }
+void PrintPiece(Foreign foreign) {
+    if (IsPrintable(foreign.text))
+        PrintPiece(foreign.text);
+    else
+        PrintPiece(Printable(foreign.text));
 }

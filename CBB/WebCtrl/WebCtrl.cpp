@@ -2,7 +2,6 @@
 #include "CBB/WebCtrl/WebCtrl.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -14,11 +13,14 @@
 #include "CBB/Util/Logger.h"
 #include "CBB/Util/Thread.h"
 #include "CBB/WebCtrl/Http/HttpServer.h"
+#include "CBB/WebCtrl/PrintLine.h"
 
 namespace {
 
 constexpr unsigned kRestartPauseSeconds = 2;
-// The line number that the start line of the web thread carries.
+constexpr char kLoopbackUp[] = "/sbin/ifconfig lo 127.0.0.1";
+constexpr char kLoopbackUpUnseen[] = "/sbin/ifconfig lo 127.0.0.1 >/dev/null 2>&1";
+// The fixed line number in the line that the web thread prints when it starts.
 constexpr int kDetectSvcLine = 417;
 
 } // namespace
@@ -40,7 +42,7 @@ CWebCtrl::~CWebCtrl() {
 }
 
 int CWebCtrl::Init(const char* ip, int port) {
-    printf("CWebCtrl::Init, ip:%s, port:%d.\n", ip, port);
+    PrintLine("CWebCtrl::Init, ip:", ip, ", port:", port, ".\n");
     CopyText(m_szInitIp, ip);
     return SetCtrlAddr(ip, port);
 }
@@ -51,21 +53,24 @@ int CWebCtrl::SetCtrlAddr(const char* ip, int port) {
     return 0;
 }
 
+void CWebCtrl::SetWebRoot(const char* webRoot) {
+    CopyText(m_szWebRoot, webRoot);
+}
+
 int CWebCtrl::Start(const char* webRoot) {
     if (m_bStarted != 0) {
-        puts("CWebCtrl::Start, is already started.");
+        PrintLine("CWebCtrl::Start, is already started.\n");
         return 0;
     }
-    // Whether it worked shows in the first exchange; loopback is up on most systems anyway.
-    [[maybe_unused]] const int status = system("/sbin/ifconfig lo 127.0.0.1");
+    // The status is not looked at: loopback is up on most systems, and the first exchange shows it.
+    [[maybe_unused]] const int status = system(ConsoleIsReady() ? kLoopbackUp : kLoopbackUpUnseen);
     m_bStarted = 1;
-    if (webRoot != m_szWebRoot) // as which Restart gives it back
-        CopyText(m_szWebRoot, webRoot);
+    if (webRoot != m_szWebRoot) // Restart passes our own field
+        SetWebRoot(webRoot);
     ThreadHandle* thread = nullptr;
     const int error = ThreadCreate(WebSvcThreadEntry, this, &thread, 0);
     if (error != 0) {
-        printf("CWebCtrl Start err, create rt svc pthread failed [%ld].\n",
-               static_cast<long>(error));
+        PrintLine("CWebCtrl Start err, create rt svc pthread failed [", error, "].\n");
         m_bStarted = 0;
         return -1;
     }
@@ -75,7 +80,7 @@ int CWebCtrl::Start(const char* webRoot) {
 
 int CWebCtrl::Stop(long, long) {
     m_bStarted = 0;
-    // On the web thread the join of itself fails at once and the thread runs on.
+    // Called on the web thread, joining itself fails at once, and the thread runs on.
     if (ThreadHandle* thread = m_hThread.exchange(nullptr))
         ThreadStopAndFree(thread);
     return 0;
@@ -84,6 +89,7 @@ int CWebCtrl::Stop(long, long) {
 int CWebCtrl::Restart(long a, long b) {
     Stop(a, b);
     CopyText(m_szDstIp, m_szInitIp);
+    ConsoleFlush();
     sleep(kRestartPauseSeconds);
     Start(m_szWebRoot);
     return 0;
@@ -101,6 +107,6 @@ void CWebCtrl::DetectSvc() {
                                self);
     DebugPrint(4, "\033[35m\033[1m[LOG  ]<@%s, L%d>:CWebCtrl::DetectSvc, tid=%lu\n\033[0m",
                __func__, kDetectSvcLine, self);
-    RunWebServer(m_szWebRoot);
+    RunWebServer(*this);
     m_bStarted = 0;
 }

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-only
 # Debian armhf, for the recorder's own chips: Cortex-A7 with NEON, hard float.
 
 set(CMAKE_SYSTEM_PROCESSOR armv7l)

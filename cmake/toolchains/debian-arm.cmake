@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-2.0-only
 # What both ARM flavours share; WEBCTRL_TRIPLET and WEBCTRL_EMULATED_CPU come from the including file.
 # Debian's cross compilers look for headers and libraries of their architecture by themselves.
 

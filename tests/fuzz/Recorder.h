@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-// The recorder as the double of the control socket (Recorder.cpp) plays it: no network, no waiting.
-
-#include "CBB/WebCtrl/WebCtrl.h"
+// The recorder behind a control link without a network and without waiting.
 
 #include <functional>
 #include <string>
 #include <string_view>
+
+#include "CBB/WebCtrl/Link/ControlLink.h"
+#include "CBB/WebCtrl/WebCtrl.h"
 
 inline void Require(bool holds) {
     if (!holds)
@@ -15,14 +16,15 @@ inline void Require(bool holds) {
 }
 
 // What the recorder replies to a datagram, cut to 1024 bytes; nothing comes where it is empty.
-// Every datagram is required to be a query's fixed text, or a write in well-formed XML that has
-// exactly the elements and attributes of its section, whatever its values are.
+// Every datagram is required to be shown in docs/recorder-protocol.md: a query as it stands there,
+// a write in well-formed XML of the same elements and attributes, whatever their values are.
 extern std::function<std::string(const std::string& datagram)> g_recorder;
 
-// The controller without the pause and the second web thread of a restart.
+// The controller of that recorder, without the pause and the second web thread of a restart.
 struct QuietController : CWebCtrl {
     int Restart(long, long) override { return 0; }
+    std::unique_ptr<ControlLink> OpenLink() override;
 };
 
 // Sends one request through the routes. Returns the bytes of its answer.
-std::string Ask(CWebCtrl& controller, const std::string& path, std::string_view body);
+std::string Ask(CWebCtrl& controller, std::string_view path, std::string_view body);

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The input is a text that may be hexadecimal: every reader of such texts must agree on it.
-#include "CBB/Config/Config_Task.h"
-#include "CBB/Util/HexText.h"
-
 #include <algorithm>
 #include <string>
 #include <tinyxml.h>
 #include <vector>
+
+#include "CBB/Config/Config_Task.h"
+#include "CBB/Util/HexText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::vector<char> text(data, std::find(data, data + size, '\0'));

@@ -2,16 +2,14 @@
 // The input is what one client sends. Its first byte's low bits say in pieces of how many bytes (0:
 // in one), bit 6 that the recorder is slow, so that requests wait for each other, the high bit that
 // the client then falls silent instead of closing.
-#include "tests/fuzz/Recorder.h"
-
-#include "CBB/WebCtrl/Http/HttpServer.h"
-
 #include <algorithm>
-#include <future>
 #include <mongoose.h>
 #include <sys/socket.h>
-#include <thread>
 #include <unistd.h>
+
+#include "CBB/WebCtrl/Http/HttpConnection.h"
+#include "CBB/WebCtrl/Http/HttpServer.h"
+#include "tests/fuzz/Recorder.h"
 
 namespace {
 
@@ -22,14 +20,15 @@ constexpr uint64_t kSlowMs = 1000;
 // Stands in a file beside the web root.
 constexpr char kOutside[] = "webctrl_fuzz";
 
-std::promise<mg_mgr*> g_polled;
 uint64_t g_exchangeClock;
 
-// The server's manager with its listener, which no one can find: it is bound to any free port.
+// A server with a listener that no one can find: it is bound to any free port.
 mg_mgr* StartServer() {
-    CWebCtrl::GetInstance()->SetWebPort(0);
-    std::thread([] { RunWebServer(FUZZ_WEB_ROOT); }).detach();
-    return g_polled.get_future().get();
+    static QuietController controller;
+    static HttpServer server(controller, [] { return g_exchangeClock; });
+    controller.SetWebRoot(FUZZ_WEB_ROOT);
+    Require(server.Listen(0));
+    return server.Library();
 }
 
 // The newest connection stands first, the listener last.
@@ -43,7 +42,6 @@ int Connect(mg_mgr* server) {
     Require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends) == 0);
     const mg_connection* listener = server->conns;
     mg_connection* connection = mg_wrapfd(server, ends[0], listener->fn, listener->fn_data);
-    connection->pfn = listener->pfn;
     connection->is_accepted = 1;
     mg_call(connection, MG_EV_ACCEPT, nullptr);
     return ends[1];
@@ -51,7 +49,7 @@ int Connect(mg_mgr* server) {
 
 // Lets the server work until it waits for the client, and appends what it sent.
 void Settle(mg_mgr* server, int client, std::string& answers) {
-    const mg_connection* connection;
+    mg_connection* connection;
     ssize_t received;
     int polls = 0;
     do {
@@ -61,22 +59,11 @@ void Settle(mg_mgr* server, int client, std::string& answers) {
         received = recv(client, bytes, sizeof(bytes), MSG_DONTWAIT);
         answers.append(bytes, received > 0 ? static_cast<size_t>(received) : 0);
         connection = Accepted(server);
-    } while (received > 0 || (connection && (connection->send.len != 0 || connection->is_resp)));
+    } while (received > 0 || (connection && (connection->send.len != 0 || connection->is_resp ||
+                                             HttpConnection::Of(connection)->HasMore())));
 }
 
 } // namespace
-
-// Stands in for mg_mgr_poll in RunWebServer, which stays in its first poll.
-extern "C" void PollOnce(mg_mgr* manager, int) {
-    g_polled.set_value(manager);
-    for (;;)
-        pause();
-}
-
-// Stands in for mg_millis where the daemon measures exchanges.
-extern "C" uint64_t ExchangeClock() {
-    return g_exchangeClock;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static mg_mgr* const server = StartServer();

@@ -5,13 +5,13 @@
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0)
         return 0;
-    const Section& section = Sections()[static_cast<uint8_t>(data[0] - 'A') % Sections().size()];
+    const Import& import = Importers()[static_cast<uint8_t>(data[0] - 'A') % Importers().size()];
     const Element element(std::string(data + 1, data + size));
-    if (!section.import)
+    if (!import)
         return 0;
     CConfig_Task task;
     const auto record = std::make_unique<DeviceParaRecord>();
-    const int result = section.import(task, element.Get(), record.get());
+    const int result = import(task, element.Get(), record.get());
     if (result < -1 || result > 1)
         __builtin_trap();
     return 0;

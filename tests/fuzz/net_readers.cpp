@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The input is a route table, as the kernel writes it, and a resolver file.
-#include "CBB/Util/NetText.h"
-
 #include <cstring>
+
+#include "CBB/Util/NetText.h"
 
 namespace {
 

@@ -20,6 +20,6 @@ int main(int argc, char** argv) {
         LLVMFuzzerTestOneInput(input.data(), input.size());
         ++inputs;
     }
-    std::printf("%d inputs replayed from %s\n", inputs, argc > 1 ? argv[1] : "nowhere");
+    printf("%d inputs replayed from %s\n", inputs, argc > 1 ? argv[1] : "nowhere");
     return inputs > 0 ? 0 : 1;
 }

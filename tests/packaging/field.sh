@@ -8,12 +8,14 @@ set -uo pipefail
 passed=0 failed=0
 
 # Starts the calling script anew in namespaces(7) of its own, with lo up and eth0 on a cable. What is
-# mounted there, $scratch and /run among it, vanishes with them.
+# mounted there, $scratch and /run among it, vanishes with them. An ordinary user becomes root of a
+# user namespace first, the only user in it.
 private_machine() {
   if [ -z "${FIELD_IS_PRIVATE-}" ]; then
-    [ "$(id -u)" = 0 ] || { echo "${0##*/}: needs root, for namespaces of its own" >&2; exit 1; }
     scratch=$(mktemp -d)
-    FIELD_IS_PRIVATE=$scratch unshare --net --mount --pid --fork --kill-child --mount-proc -- "$BASH" "$0" "$@"
+    local user=()
+    [ "$(id -u)" = 0 ] || user=(--map-root-user)
+    FIELD_IS_PRIVATE=$scratch unshare "${user[@]}" --net --mount --pid --fork --kill-child --mount-proc -- "$BASH" "$0" "$@"
     local status=$?
     rmdir "$scratch"
     exit "$status"
@@ -73,6 +75,9 @@ await() {
 }
 
 served="Starting web server on port"
+
+# Whether another user can be had.
+alone() { [ "$(awk '{ n += $3 } END { print n }' /proc/self/uid_map)" = 1 ]; }
 
 end_started() {
   kill "$started" && tail --pid="$started" -f /dev/null

@@ -11,12 +11,12 @@ struct Captured {
 };
 
 // Runs `body` and returns what reached descriptors 1 and 2 meanwhile, through stdio, write(2) or a
-// child that has ended.
+// child process that has ended.
 Captured Capture(const std::function<void()>& body);
 
-// Runs `body` in a forked child, which ends with what it returns: for what ends its process or
-// marks it for good. The status is waitpid(2)'s.
+// Runs `body` in a forked child, for a body that ends its process or changes it for good. The child
+// exits with what `body` returns. Returns the status of waitpid(2).
 int RunInChild(const std::function<int()>& body);
 
-// Both.
+// Runs `body` as RunInChild does and returns what Capture does, with the status.
 Captured CaptureInChild(const std::function<int()>& body);

@@ -91,8 +91,13 @@ private:
 
 bool EnterSandbox(std::string* error) {
     g_peerNet = NewNetwork();
-    if (g_peerNet < 0 && (!BecomeNamespaceRoot(error) || (g_peerNet = NewNetwork()) < 0))
-        return error->empty() ? Failed(error, "the peer's network namespace") : false;
+    if (g_peerNet < 0) {
+        if (!BecomeNamespaceRoot(error))
+            return false;
+        g_peerNet = NewNetwork();
+        if (g_peerNet < 0)
+            return Failed(error, "the peer's network namespace");
+    }
     g_ownNet = NewNetwork();
     if (g_ownNet < 0)
         return Failed(error, "network namespace");

@@ -15,15 +15,15 @@
 // policy allows neither.
 bool EnterSandbox(std::string* error);
 
-// Runs `body` in the calling thread with the peer's network. A socket made there stays the peer's;
-// so does a command run with system(3).
+// Runs `body` on the calling thread in the peer's network. Sockets made and commands run there
+// belong to the peer for good.
 void InPeer(const std::function<void()>& body);
 
-// Runs a shell command that has to succeed; fails the current test otherwise.
+// Runs a shell command; fails the current test unless it succeeds.
 void Shell(const std::string& command);
 
-// Lays a private, writable copy with `content` over the file at `path`, which may be absent or a
-// link, dangling or not. Its folder then has to exist and may be changed freely as well.
+// Puts a private, writable file with `content` at `path`, where there may be a file, nothing, or a
+// link, dangling or not. The folder has to exist; without a file there it becomes private too.
 void ReplaceFile(const char* path, const std::string& content);
 
 // Makes the folder at `path` private: changes to the entries below it stay in the sandbox.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "tests/system/Daemon.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -29,6 +30,10 @@ bool ComesTrue(int seconds, const std::function<bool()>& condition) {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
+}
+
+std::string Last(const std::string& text, size_t bytes) {
+    return text.substr(text.size() - std::min(bytes, text.size()));
 }
 
 } // namespace
@@ -62,7 +67,7 @@ Daemon::~Daemon() {
         waitpid(m_pid, nullptr, 0);
     }
     if (::testing::Test::HasFailure())
-        printf("the daemon printed:\n%s\n", Output().c_str());
+        printf("the daemon printed last:\n%s\n", Last(Output(), 2000).c_str());
     // A sanitizer's report goes where the daemon's other lines go.
     EXPECT_EQ(Count(Output(), "Sanitizer") + Count(Output(), "runtime error"), 0) << Output();
 }
@@ -72,8 +77,8 @@ std::string Daemon::Output() const {
     return {std::istreambuf_iterator<char>(log), {}};
 }
 
-void Daemon::WaitFor(const std::string& text, int count) {
-    EXPECT_TRUE(ComesTrue(10, [&] { return Count(Output(), text) >= count; }))
+void Daemon::WaitFor(const std::string& text, int count, size_t from) {
+    EXPECT_TRUE(ComesTrue(10, [&] { return Count(Output().substr(from), text) >= count; }))
         << "not printed: " << text;
 }
 

@@ -18,9 +18,9 @@ public:
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
 
-    // Waits until its output, standard output and error together, has `count` times `text`; fails
-    // the test after 10 s.
-    void WaitFor(const std::string& text, int count = 1);
+    // Waits until its output, standard output and error together, has `count` times `text` from
+    // byte `from` on; fails the test after 10 s.
+    void WaitFor(const std::string& text, int count = 1, size_t from = 0);
     std::string Output() const;
     int Descriptors() const;
     // Whether it comes to have that many descriptors within 5 s: closing takes the server a moment.

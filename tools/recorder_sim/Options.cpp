@@ -6,22 +6,24 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 
 namespace {
 
-// Longer delays than anybody waits would only hide a mistyped value.
+// Nobody waits longer; a larger value is a typing error.
 constexpr int kMaxDelayMs = 600000;
+// Each recorder takes a descriptor, and most shells allow 1024.
+constexpr int kMaxCount = 1000;
+constexpr char kNumberMark[] = "{n}";
 
 bool ParseNumber(const std::string& text, int least, int most, int& number) {
-    if (text.empty() || text.find_first_not_of("-0123456789") != std::string::npos) {
+    if (text.empty() || text.find_first_not_of("-0123456789") != std::string::npos)
         return false;
-    }
     char* end = nullptr;
     errno = 0;
     const long value = strtol(text.c_str(), &end, 10);
-    if (*end != '\0' || errno != 0 || value < least || value > most) {
+    if (*end != '\0' || errno != 0 || value < least || value > most)
         return false;
-    }
     number = static_cast<int>(value);
     return true;
 }
@@ -40,6 +42,23 @@ bool ParseEndpoint(const std::string& text, Options& options) {
     return true;
 }
 
+std::string WithNumber(std::string text, int number) {
+    const std::string digits = std::to_string(number);
+    for (size_t at = 0; (at = text.find(kNumberMark, at)) != std::string::npos; at += digits.size())
+        text.replace(at, strlen(kNumberMark), digits);
+    return text;
+}
+
+// Why the options exclude each other; empty when they do not.
+std::string Conflict(const Options& options) {
+    const bool named = options.stateFile.find(kNumberMark) != std::string::npos;
+    if (options.count > 1 && !options.stateFile.empty() && !named)
+        return "--state needs {n} in its name, as each recorder of --count has a file of its own";
+    if (!options.addresses && options.listenPort + options.count - 1 > UINT16_MAX)
+        return "--count goes past port 65535; choose another one with --listen IP:PORT";
+    return "";
+}
+
 struct Option {
     const char* name;
     const char* value; // what it takes, as the help shows it; nullptr for a switch
@@ -50,6 +69,10 @@ struct Option {
 const Option kOptions[] = {
     {"--listen", "IP:PORT", "listen there instead of on 127.0.0.1:6000; port 0 picks a free one",
      [](Options& o, const std::string& v) { return ParseEndpoint(v, o); }},
+    {"--count", "N", "play N recorders, on consecutive ports; in FILE and VALUE {n} is the number",
+     [](Options& o, const std::string& v) { return ParseNumber(v, 1, kMaxCount, o.count); }},
+    {"--addresses", nullptr, "with --count: on one port of consecutive addresses instead",
+     [](Options& o, const std::string&) { return o.addresses = true; }},
     {"--state", "FILE", "keep the state in FILE, which is made from the sample when missing",
      [](Options& o, const std::string& v) { return !(o.stateFile = v).empty(); }},
     {"--set", "SECTION.ATTR=VALUE", "start with this value (may be repeated)",
@@ -105,7 +128,25 @@ bool ParseOptions(const std::vector<std::string>& arguments, Options& options, s
             return false;
         }
     }
-    return true;
+    error = Conflict(options);
+    return error.empty();
+}
+
+Options OptionsOf(const Options& options, int number) {
+    Options own = options;
+    if (!options.addresses) {
+        own.listenPort += options.listenPort == 0 ? 0 : number;
+    } else {
+        in_addr address;
+        inet_pton(AF_INET, options.listenIp.c_str(), &address);
+        address.s_addr = htonl(ntohl(address.s_addr) + number);
+        char text[INET_ADDRSTRLEN];
+        own.listenIp = inet_ntop(AF_INET, &address, text, sizeof(text));
+    }
+    own.stateFile = WithNumber(options.stateFile, number + 1);
+    for (std::string& assignment : own.overrides)
+        assignment = WithNumber(assignment, number + 1);
+    return own;
 }
 
 std::string HelpText() {
@@ -117,9 +158,8 @@ std::string HelpText() {
         "\n";
     for (const Option& option : kOptions) {
         std::string left = std::string("  ") + option.name;
-        if (option.value != nullptr) {
+        if (option.value != nullptr)
             left += std::string(" ") + option.value;
-        }
         left.resize(std::max<size_t>(left.size() + 1, 29), ' ');
         text += left + option.help + '\n';
     }

@@ -8,7 +8,7 @@
 
 namespace {
 
-// Sent in turn: each breaks the reader at another step.
+// Sent in turn. Each one fails at another step of the reader.
 const char* const kGarbage[] = {
     "\x01\xFE\x80<<&&\"'>\x7F=noise",
     "",
@@ -18,20 +18,18 @@ const char* const kGarbage[] = {
     "<a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a><a>",
 };
 
-// An Action of another peer's making is repeated in the answer only up to this length.
+// An unknown Action is repeated in the answer up to this length.
 constexpr size_t kMaxAction = 64;
 
-// False when the node is bare already.
+// Drops the last attribute of the last element that has one. False when none is left.
 bool DropLastAttribute(XmlNode& node) {
     while (!node.children.empty()) {
-        if (DropLastAttribute(node.children.back())) {
+        if (DropLastAttribute(node.children.back()))
             return true;
-        }
         node.children.pop_back();
     }
-    if (node.attributes.empty()) {
+    if (node.attributes.empty())
         return false;
-    }
     node.attributes.pop_back();
     return true;
 }
@@ -39,14 +37,12 @@ bool DropLastAttribute(XmlNode& node) {
 std::string Compose(const std::string& action, Result result, int forced, const XmlNode* section) {
     const int number = forced != 0 ? forced : static_cast<int>(result);
     XmlNode root{"VariCfgSec", {{"Action", action}, {"Result", std::to_string(number)}}, {}};
-    if (section == nullptr) {
+    if (section == nullptr)
         return ToLine(root);
-    }
     root.children.push_back(*section);
     std::string text = ToLine(root);
-    while (text.size() > kMaxAnswer && DropLastAttribute(root.children.front())) {
+    while (text.size() > kMaxAnswer && DropLastAttribute(root.children.front()))
         text = ToLine(root);
-    }
     return text;
 }
 
@@ -57,9 +53,8 @@ Recorder::Recorder(XmlNode state, Faults faults, Store store)
 
 std::optional<std::string> Recorder::Answer(const std::string& request) {
     ++m_requests;
-    if (m_faults.dropEvery > 0 && m_requests % m_faults.dropEvery == 0) {
+    if (m_faults.dropEvery > 0 && m_requests % m_faults.dropEvery == 0)
         return std::nullopt;
-    }
 
     std::string ignored;
     const auto message =
@@ -69,20 +64,17 @@ std::optional<std::string> Recorder::Answer(const std::string& request) {
         return m_faults.garbage ? Garbage()
                                 : Compose("", Result::BadMessage, m_faults.result, nullptr);
     }
-    // Two peers that answered answers would never stop.
-    if (message->attributes.size() > 1 && message->attributes[1].first == "Result") {
+    // Never answer an answer: two peers that do would not stop.
+    if (message->attributes.size() > 1 && message->attributes[1].first == "Result")
         return std::nullopt;
-    }
 
     std::string action = message->attributes[0].second;
     const XmlNode* asked = message->children.empty() ? nullptr : &message->children[0];
     const auto& silent = m_faults.silent;
-    if (asked != nullptr && std::find(silent.begin(), silent.end(), asked->name) != silent.end()) {
+    if (asked != nullptr && std::find(silent.begin(), silent.end(), asked->name) != silent.end())
         return std::nullopt;
-    }
-    if (m_faults.garbage) {
+    if (m_faults.garbage)
         return Garbage();
-    }
 
     Result result = Result::Ok;
     const XmlNode* shown = nullptr;
@@ -101,12 +93,10 @@ std::optional<std::string> Recorder::Answer(const std::string& request) {
 
 Result Recorder::Set(const XmlNode& section) {
     XmlNode changed = m_state;
-    if (!Merge(*changed.FindChild(section.name), section)) {
+    if (!Merge(*changed.FindChild(section.name), section))
         return Result::BadName;
-    }
-    if (!m_store(changed)) {
+    if (!m_store(changed))
         return Result::NotStored;
-    }
     m_state = std::move(changed);
     return Result::Ok;
 }

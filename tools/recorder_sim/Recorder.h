@@ -18,9 +18,9 @@ enum class Result {
     NotStored = 5   // the state file could not be written; nothing changed
 };
 
-// The longest request that is looked at: the longest write, each byte of it as an entity, fits.
+// Longer requests are refused. The longest write fits, even with every byte as an entity.
 constexpr size_t kMaxRequest = 8192;
-// The longest answer; the other side reads no more.
+// The longest answer: webctrl reads no more.
 constexpr size_t kMaxAnswer = 1024;
 
 // What a recorder can do wrong with an answer.
@@ -31,17 +31,17 @@ struct Faults {
     std::vector<std::string> silent; // sections whose requests get no answer
 };
 
-// The recorder's side of the control link: takes a datagram's text, gives the answer's.
+// The recorder's side of the control link: turns the text of a request into the text of its answer.
 class Recorder {
 public:
-    // Called with the state to be after a set; false refuses the set.
+    // Stores the state that a set asks for; returning false refuses the set.
     using Store = std::function<bool(const XmlNode& state)>;
 
     Recorder(XmlNode state, Faults faults, Store store);
 
-    // The answer of at most `kMaxAnswer` bytes: where a section does not fit, its attributes are
-    // left out from the last one on. Nothing when the request is to stay without an answer: by one
-    // of the faults, or because it is an answer itself (its second attribute is Result).
+    // The answer, at most `kMaxAnswer` bytes: if a section does not fit, its last attributes are
+    // left out. No answer when a fault asks for silence, or when the request is an answer itself
+    // (its second attribute is Result).
     std::optional<std::string> Answer(const std::string& request);
 
     const XmlNode& State() const { return m_state; }

@@ -13,7 +13,7 @@ extern const char* const kSampleState; // generated from sample_state.xml
 
 namespace {
 
-// Ten times what the sample takes; beyond it the file is surely not a state.
+// Ten times the size of the sample: a larger file is no state.
 constexpr size_t kMaxFileSize = 65536;
 
 struct FileCloser {
@@ -30,9 +30,8 @@ void SyncFolderOf(const std::string& path) {
     const size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
     const File handle(fopen(folder.c_str(), "re"));
-    if (handle) {
+    if (handle)
         fsync(fileno(handle.get()));
-    }
 }
 
 } // namespace
@@ -49,9 +48,8 @@ XmlNode SampleState() {
 
 bool ParseState(const std::string& text, XmlNode& state, std::string& error) {
     auto root = ParseXml(text, error);
-    if (!error.empty()) {
+    if (!error.empty())
         return false;
-    }
     if (root->name != "RecorderState") {
         error = "the first element is not RecorderState";
         return false;
@@ -63,9 +61,8 @@ bool ParseState(const std::string& text, XmlNode& state, std::string& error) {
 Loaded LoadState(const std::string& path, XmlNode& state, std::string& error) {
     const File file(fopen(path.c_str(), "re"));
     if (!file) {
-        if (errno == ENOENT) {
+        if (errno == ENOENT)
             return Loaded::NoFile;
-        }
         error = SystemError("cannot read", path);
         return Loaded::Failed;
     }
@@ -109,37 +106,32 @@ bool SaveState(const std::string& path, const XmlNode& state, std::string& error
 bool Merge(XmlNode& target, const XmlNode& change) {
     for (const auto& [name, value] : change.attributes) {
         std::string* known = target.FindAttribute(name);
-        if (known == nullptr) {
+        if (known == nullptr)
             return false;
-        }
         *known = value;
     }
     for (const XmlNode& row : change.children) {
         XmlNode* known = target.FindChild(row.name);
-        if (known == nullptr || !Merge(*known, row)) {
+        if (known == nullptr || !Merge(*known, row))
             return false;
-        }
     }
     return true;
 }
 
 bool Override(XmlNode& state, const std::string& assignment) {
     const size_t equals = assignment.find('=');
-    if (equals == std::string::npos) {
+    if (equals == std::string::npos)
         return false;
-    }
     XmlNode* node = &state;
     size_t start = 0;
     for (size_t dot; (dot = assignment.find('.', start)) < equals; start = dot + 1) {
         node = node->FindChild(assignment.substr(start, dot - start));
-        if (node == nullptr) {
+        if (node == nullptr)
             return false;
-        }
     }
     std::string* value = node->FindAttribute(assignment.substr(start, equals - start));
-    if (value == nullptr) {
+    if (value == nullptr)
         return false;
-    }
     *value = assignment.substr(equals + 1);
     return true;
 }

@@ -3,15 +3,15 @@
 
 #include "XmlNode.h"
 
-// The recorder's parameters: an element `RecorderState` whose children are the sections, in the
-// very form in which answers carry them. What the state holds is also all that a set may name:
-// a state file without a section or an attribute plays a recorder that does not know it.
+// The recorder's parameters: an element `RecorderState` whose children are the sections, just as
+// answers carry them. A set may name only what the state holds: without a section or an attribute
+// in its state file, the simulator plays a recorder that does not know it.
 
-// The state that is compiled in: each attribute of each section, with a value of its own.
+// The state that is compiled in: every attribute of every section, each with its own value.
 XmlNode SampleState();
 
-// Reads a state from a document's text. False, with a line for people in `error`, when it is not
-// well-formed or no state.
+// Reads a state from a document's text. If that is not well-formed or is no state, returns false
+// with a sentence in `error`.
 bool ParseState(const std::string& text, XmlNode& state, std::string& error);
 
 enum class Loaded { Yes, NoFile, Failed };

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The parser recurses. A message nests 5 deep; raw `<` inside values may count as nesting too.
+// The parser recurses. A message nests 5 deep, and each raw `<` inside a value may count as well.
 constexpr int kMaxNesting = 64;
 
 bool NestsTooDeep(const std::string& text) {
@@ -17,9 +17,8 @@ bool NestsTooDeep(const std::string& text) {
     for (size_t i = 0; i + 1 < text.size(); ++i) {
         const char next = text[i + 1];
         if (text[i] == '<' && next != '/' && next != '!' && next != '?') {
-            if (++depth > kMaxNesting) {
+            if (++depth > kMaxNesting)
                 return true;
-            }
         } else if ((text[i] == '<' && next == '/') || (text[i] == '/' && next == '>')) {
             --depth;
         }
@@ -32,22 +31,19 @@ void AppendUtf8(unsigned long code, std::string& out) {
     const int tail = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
     static const unsigned char mark[] = {0, 0xC0, 0xE0, 0xF0};
     out += static_cast<char>(mark[tail] | code >> (6 * tail));
-    for (int i = tail - 1; i >= 0; --i) {
+    for (int i = tail - 1; i >= 0; --i)
         out += static_cast<char>(0x80 | (code >> (6 * i) & 0x3F));
-    }
 }
 
 bool StartsNamedReference(const std::string& text, size_t at) {
-    for (const char* name : {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"}) {
-        if (text.compare(at, strlen(name), name) == 0) {
+    for (const char* name : {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"})
+        if (text.compare(at, strlen(name), name) == 0)
             return true;
-        }
-    }
     return false;
 }
 
-// Of a character reference the parser, reading byte by byte, keeps one byte only, and a bare `&`
-// it drops: the former become UTF-8 here, the latter a reference.
+// The parser, reading byte by byte, keeps one byte of a character reference and drops a bare `&`.
+// So references become UTF-8 here, and a bare `&` becomes a reference.
 std::string MendReferences(const std::string& text) {
     std::string out;
     size_t done = 0;
@@ -61,11 +57,10 @@ std::string MendReferences(const std::string& text) {
             numeric ? strtoul(&text[at + (hex ? 3 : 2)], &end, hex ? 16 : 10) : 0;
         if (numeric && *end == ';' && code <= 0x10FFFF) {
             const auto next = static_cast<size_t>(end - text.data()) + 1;
-            if (code < 0x80) {
+            if (code < 0x80)
                 out.append(text, at, next - at);
-            } else {
+            else
                 AppendUtf8(code, out);
-            }
             done = next;
         } else {
             out += StartsNamedReference(text, at) ? "&" : "&amp;";
@@ -77,45 +72,39 @@ std::string MendReferences(const std::string& text) {
 XmlNode Copy(const TiXmlElement& element) {
     XmlNode node;
     node.name = element.ValueStr();
-    for (auto* a = element.FirstAttribute(); a != nullptr; a = a->Next()) {
+    for (auto* a = element.FirstAttribute(); a != nullptr; a = a->Next())
         node.attributes.emplace_back(a->Name(), a->ValueStr());
-    }
-    for (auto* e = element.FirstChildElement(); e != nullptr; e = e->NextSiblingElement()) {
+    for (auto* e = element.FirstChildElement(); e != nullptr; e = e->NextSiblingElement())
         node.children.push_back(Copy(*e));
-    }
     return node;
 }
 
 void Write(const XmlNode& node, std::string& out) {
     out += '<' + node.name;
-    for (const auto& [name, value] : node.attributes) {
+    for (const auto& [name, value] : node.attributes)
         out.append(" ").append(name).append("=\"").append(EscapeXml(value)) += '"';
-    }
     if (node.children.empty()) {
         out += "/>";
         return;
     }
     out += '>';
-    for (const XmlNode& child : node.children) {
+    for (const XmlNode& child : node.children)
         Write(child, out);
-    }
     out += "</" + node.name + '>';
 }
 
 void WriteIndented(const XmlNode& node, const std::string& indent, std::string& out) {
     const std::string lead = '\n' + indent + "    ";
     out += indent + '<' + node.name;
-    for (const auto& [name, value] : node.attributes) {
+    for (const auto& [name, value] : node.attributes)
         out.append(lead).append(name).append("=\"").append(EscapeXml(value)) += '"';
-    }
     if (node.children.empty()) {
         out += "/>\n";
         return;
     }
     out += ">\n";
-    for (const XmlNode& child : node.children) {
+    for (const XmlNode& child : node.children)
         WriteIndented(child, indent + "  ", out);
-    }
     out += indent + "</" + node.name + ">\n";
 }
 
@@ -132,36 +121,31 @@ std::string* XmlNode::FindAttribute(std::string_view attribute) {
 }
 
 XmlNode* XmlNode::FindChild(std::string_view child) {
-    for (XmlNode& node : children) {
-        if (node.name == child) {
+    for (XmlNode& node : children)
+        if (node.name == child)
             return &node;
-        }
-    }
     return nullptr;
 }
 
 std::optional<XmlNode> ParseXml(std::string text, std::string& error) {
     error.clear();
     // Editors on other systems put a byte order mark first.
-    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+    if (text.compare(0, 3, "\xEF\xBB\xBF") == 0)
         text.erase(0, 3);
-    }
     if (NestsTooDeep(text)) {
         error = "elements nest too deep";
         return std::nullopt;
     }
     TiXmlDocument document;
-    // Byte by byte: the parser's UTF-8 mode steps over the end of a text that is cut in a
-    // character, and the bytes arrive the same without it.
+    // Byte by byte: in UTF-8 mode the parser steps past the end of a text that is cut inside a
+    // character. The bytes arrive the same either way.
     document.Parse(MendReferences(text).c_str(), nullptr, TIXML_ENCODING_LEGACY);
-    if (document.Error()) {
+    if (document.Error())
         error = "line " + std::to_string(document.ErrorRow()) + ": " + document.ErrorDesc();
-    }
     const TiXmlElement* root = document.RootElement();
     if (root == nullptr) {
-        if (error.empty()) {
+        if (error.empty())
             error = "there is no element";
-        }
         return std::nullopt;
     }
     return Copy(*root);
@@ -172,19 +156,18 @@ std::string EscapeXml(std::string_view text) {
     std::string out;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
-        if (c == '&') {
+        if (c == '&')
             out += "&amp;";
-        } else if (c == '<') {
+        else if (c == '<')
             out += "&lt;";
-        } else if (c == '>') {
+        else if (c == '>')
             out += "&gt;";
-        } else if (c == '"') {
+        else if (c == '"')
             out += "&quot;";
-        } else if (byte >= 0x20 && byte != 0x7F) {
+        else if (byte >= 0x20 && byte != 0x7F)
             out += c;
-        } else if (byte != 0) {
+        else if (byte != 0)
             out += {'&', '#', 'x', hex[byte >> 4], hex[byte & 15], ';'};
-        }
     }
     return out;
 }

@@ -20,11 +20,11 @@ struct XmlNode {
     XmlNode* FindChild(std::string_view child);
 };
 
-// Reads the first element of a document; bytes from 0x80 up pass through as they are (UTF-8).
-// `error` tells what is wrong with the document ("line 3: ..."), and is left empty for a sound
-// one. Tolerant: of a malformed document the part before the fault is returned, so that a request
-// with an unclosed section element can be read. Nothing when no element is found or when elements
-// nest deeper than any message does.
+// Reads the first element of a document. Bytes from 0x80 up pass through as they are (UTF-8).
+// `error` says what is wrong with the document ("line 3: ...") and stays empty for a sound one. A
+// malformed document gives its part before the fault, so that a request with an unclosed section
+// can be read. Returns nothing when there is no element, or when elements nest deeper than any
+// message does.
 std::optional<XmlNode> ParseXml(std::string text, std::string& error);
 
 // `&`, `<`, `>`, `"` and control bytes as entities, so that any text without a NUL survives inside

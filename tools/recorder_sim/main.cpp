@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include <cstdio>
+#include <deque>
 
 #include "Options.h"
-#include "Recorder.h"
 #include "Server.h"
-#include "State.h"
+#include "StoredRecorder.h"
 
 namespace {
 
@@ -21,55 +21,33 @@ int main(int argc, char** argv) {
 
     Options options;
     std::string error;
-    if (!ParseOptions({argv + 1, argv + argc}, options, error)) {
+    if (!ParseOptions({argv + 1, argv + argc}, options, error))
         return Fail(kBadOption, error);
-    }
     if (options.help) {
         fputs(HelpText().c_str(), stdout);
         return 0;
     }
 
-    XmlNode state = SampleState();
-    const std::string& file = options.stateFile;
-    const Loaded loaded = file.empty() ? Loaded::Yes : LoadState(file, state, error);
-    if (loaded == Loaded::Failed) {
-        return Fail(kFailed, error + "; mend or remove it");
+    std::deque<StoredRecorder> recorders;
+    for (int number = 0; number < options.count; ++number) {
+        bool badOption;
+        if (!recorders.emplace_back(OptionsOf(options, number)).Load(error, badOption))
+            return Fail(badOption ? kBadOption : kFailed, error);
     }
-    for (const std::string& assignment : options.overrides) {
-        if (!Override(state, assignment)) {
-            return Fail(kBadOption, "the state has no place for --set " + assignment);
-        }
-    }
-    bool unsaved = !file.empty() && (loaded == Loaded::NoFile || !options.overrides.empty());
-    Recorder recorder(state, options.faults, [&](const XmlNode& changed) {
-        if (file.empty()) {
-            return true;
-        }
-        std::string reason;
-        if (!SaveState(file, changed, reason)) {
-            Fail(kFailed, reason);
-            return false;
-        }
-        unsaved = false;
-        return true;
-    });
-
-    Server server(options, recorder);
-    if (!server.Open(error)) {
+    Server server(options);
+    if (!server.Open(error))
         return Fail(kFailed, error);
-    }
-    // Only a simulator that owns the port may touch the file of another that runs.
-    if (loaded == Loaded::NoFile) {
-        if (!SaveState(file, state, error)) {
+    for (StoredRecorder& recorder : recorders) {
+        const Options& own = recorder.GetOptions();
+        if (!server.Add(recorder.Get(), own.listenIp, own.listenPort, error) ||
+            !recorder.MakeFile(error))
             return Fail(kFailed, error);
-        }
-        unsaved = false;
+        printf("recorder_sim: listening on %s\n", server.Endpoint().c_str());
     }
-    printf("recorder_sim: listening on %s\n", server.Endpoint().c_str());
     fflush(stdout);
     server.Run();
-    if (unsaved && !SaveState(file, recorder.State(), error)) {
-        return Fail(kFailed, error);
-    }
-    return 0;
+    for (StoredRecorder& recorder : recorders)
+        if (!recorder.Save(error))
+            Fail(kFailed, error);
+    return error.empty() ? 0 : kFailed;
 }

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <ctime>
 
-#include "CBB/Config/FieldConvert.h"
+#include "CBB/Util/TextFun.h"
 #include "CBB/Util/TimeFun.h"
 #include "CBB/WebCtrl/Handlers/Form.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
@@ -15,7 +15,7 @@ namespace {
 constexpr size_t kTimeTextBytes = 64;
 
 int getBaseInfoFromNet(CWebCtrl& controller, BaseInfoPara* para) {
-    return QueryBlock(controller, QueryText::BaseInfo, &CConfig_Task::Import_stBaseInfo,
+    return QueryBlock(controller, "stBaseInfo", &CConfig_Task::Import_stBaseInfo,
                       &DeviceParaRecord::stBaseInfo, para);
 }
 
@@ -32,18 +32,14 @@ int setBaseInfoToNet(CWebCtrl& controller, const BaseInfoPara& para, const char*
 
 } // namespace
 
-void get_BaseInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+void get_BaseInfo(CWebCtrl& controller, std::string_view, JsonAnswer& answer) {
     const HandlerTrace trace(__func__, __LINE__);
     // The page is shown this system's clock, not the text that the section carries.
-    const time_t now = time(nullptr);
-    tm local{};
-    localtime_r(&now, &local);
     char currentTime[kTimeTextSize];
-    FormatTimeText(local, currentTime);
+    FormatTimeText(time(nullptr), currentTime);
 
     BaseInfoPara para{};
     const int error = getBaseInfoFromNet(controller, &para);
-    JsonAnswer answer(connection);
     answer.Member("strFD_DeviceNo", para.strFD_DeviceNo);
     answer.Chunk(", \"ucFD_TimeZone\": \"", para.ucFD_TimeZone, "\" ");
     answer.Member("ucFD_GpsSTFlag", para.ucFD_GpsSTFlag);
@@ -51,12 +47,12 @@ void get_BaseInfo(CWebCtrl& controller, mg_connection* connection, mg_http_messa
     answer.Result(error == 0);
 }
 
-void set_BaseInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message* message) {
-    Form form(message);
+void set_BaseInfo(CWebCtrl& controller, std::string_view body, JsonAnswer& answer) {
+    Form form(body);
     BaseInfoPara para{};
     strcpy(para.strFD_DeviceNo, form.Text("strFD_DeviceNo", sizeof(para.strFD_DeviceNo)));
     para.ucFD_TimeZone = static_cast<uint8_t>(ToInt(form.WholeText("ucFD_TimeZone")));
     para.ucFD_GpsSTFlag = ToInt(form.WholeText("ucFD_GpsSTFlag")) > 0;
     const char* currentTime = form.Text("strFD_CurTime", kTimeTextBytes);
-    JsonAnswer::WriteResult(connection, setBaseInfoToNet(controller, para, currentTime) == 0);
+    answer.WriteResult(setBaseInfoToNet(controller, para, currentTime) == 0);
 }

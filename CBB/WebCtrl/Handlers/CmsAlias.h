@@ -8,9 +8,9 @@ enum CmsAliasDirection {
     CMS_SERVER_TO_DISPLAY = 1,
 };
 
-/// Translates between the central servers' addresses and those that the page shows for them, by
-/// the table that the build was configured with (CmsAliasTable.inc). A dotted IPv4 text that is in
-/// no row, compared as text, comes back unchanged.
-/// @param output 64 bytes; longer inputs are cut
-/// @return 0 always
+// Translates a central server's address into the one that the page shows for it, or back, by the
+// table that the build was configured with (CmsAliasTable.inc). Addresses are compared as text; one
+// that stands in no row comes back unchanged.
+// @param output 64 bytes; longer inputs are cut
+// @return 0 always
 int MapCmsAddress(CWebCtrl& controller, int direction, const char* input, char* output);

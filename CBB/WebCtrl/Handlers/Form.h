@@ -2,28 +2,28 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 
 #include "CBB/WebCtrl/Handlers/WebField.h"
 
-struct mg_http_message;
-
-/// The form fields of a request's body (application/x-www-form-urlencoded); the query string is
-/// not looked at. A field that is not there reads as the empty text.
+// The form fields of a request's body (application/x-www-form-urlencoded). The query string is
+// ignored. Names match without regard to case; if a name comes twice, its first field counts. A
+// missing field reads as the empty text, and a field with a broken escape ends before it.
 class Form {
 public:
-    /// Values are cut to one byte less than `bufferBytes` (at most 512) before anything else.
-    explicit Form(const mg_http_message* message, size_t bufferBytes = 64)
-        : m_message(message), m_bufferBytes(bufferBytes) {}
+    // Every value is first cut to `bufferBytes` - 1 bytes; `bufferBytes` is at most 512.
+    explicit Form(std::string_view body, size_t bufferBytes = 64)
+        : m_body(body), m_bufferBytes(bufferBytes) {}
 
-    /// The field's value, valid until the next call. `bufferBytes` 0: as constructed.
+    // The field's value, valid until the next call. `bufferBytes` 0 stands for the constructor's.
     const char* Text(const char* name, size_t bufferBytes = 0);
-    /// As Text, but a value too long for the buffer counts as absent.
+    // As Text, but a value too long for the buffer counts as absent.
     const char* WholeText(const char* name);
-    /// The field's value as C's atoi reads it, 0 when absent.
+    // The field's value as C's atoi reads it, 0 when absent.
     int Number(const char* name);
 
-    /// Fills the record at `block`: numbers keep their field's low bits, texts are cut to their
-    /// field's size less one, what is absent leaves the field as it is.
+    // Fills the record at `block`. A number keeps the low bits that its field has, a text is cut to
+    // its field's size less one, and a missing form field leaves its record field as it is.
     template <size_t N>
     void Read(const WebField (&fields)[N], void* block) {
         for (const WebField& field : fields)
@@ -32,8 +32,8 @@ public:
     void Read(const WebField& field, void* block);
 
 private:
-    const mg_http_message* m_message;
+    std::string_view m_body;
     size_t m_bufferBytes;
-    int m_length = 0;
+    bool m_isWhole = false;
     char m_buffer[512];
 };

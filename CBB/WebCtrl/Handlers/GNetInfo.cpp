@@ -9,12 +9,12 @@ namespace {
 
 using Block = MobileGNetPara;
 constexpr WebField kFields[] = {
-    WEB_FIELD(ucFD_NetType),   WEB_FIELD(strFD_Apn),        WEB_FIELD(strFD_PhoneNo),
-    WEB_FIELD(strFD_UserName), WEB_FIELD(strFD_UserPasswd),
+    WEB_FIELD(ucFD_NetType),   WEB_FIELD(strFD_Apn),         WEB_FIELD(strFD_PhoneNo),
+    WEB_FIELD(strFD_UserName), WEB_SECRET(strFD_UserPasswd),
 };
 
 int getGNetInfoFromNet(CWebCtrl& controller, MobileGNetPara* para) {
-    return QueryBlock(controller, QueryText::MobileGNet, &CConfig_Task::Import_stMobileGNet,
+    return QueryBlock(controller, "stMobileGNet", &CConfig_Task::Import_stMobileGNet,
                       &DeviceParaRecord::stMobileGNet, para);
 }
 
@@ -26,17 +26,16 @@ int setGNetInfoToNet(CWebCtrl& controller, const MobileGNetPara& para) {
 
 } // namespace
 
-void get_GNetInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+void get_GNetInfo(CWebCtrl& controller, std::string_view, JsonAnswer& answer) {
     const HandlerTrace trace(__func__, __LINE__);
     MobileGNetPara para{};
     const int error = getGNetInfoFromNet(controller, &para);
-    JsonAnswer answer(connection);
     answer.Members(kFields, &para);
     answer.Result(error == 0);
 }
 
-void set_GNetInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message* message) {
+void set_GNetInfo(CWebCtrl& controller, std::string_view body, JsonAnswer& answer) {
     MobileGNetPara para{};
-    Form(message).Read(kFields, &para);
-    JsonAnswer::WriteResult(connection, setGNetInfoToNet(controller, para) == 0);
+    Form(body).Read(kFields, &para);
+    answer.WriteResult(setGNetInfoToNet(controller, para) == 0);
 }

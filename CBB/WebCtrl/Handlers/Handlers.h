@@ -1,36 +1,31 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-// The request handlers: get_X reads a parameter group from the main application and answers it as
-// JSON, set_X writes the form fields of the request's body. Each answers its request completely.
+#include <string_view>
+
+// The request handlers, one for each row of Routes.inc: get_X reads a parameter group from the main
+// application, set_X writes the form fields of the request's body. Each writes the whole answer.
 
 class CWebCtrl;
-struct mg_connection;
-struct mg_http_message;
+class JsonAnswer;
 
-using Handler = void (*)(CWebCtrl& controller, mg_connection* connection, mg_http_message* message);
+using Handler = void (*)(CWebCtrl& controller, std::string_view body, JsonAnswer& answer);
 
-#define DECLARE_HANDLER(name)                                                                      \
-    void name(CWebCtrl& controller, mg_connection* connection, mg_http_message* message)
+#define ROUTE(handler, announced)                                                                  \
+    void handler(CWebCtrl& controller, std::string_view body, JsonAnswer& answer);
+#include "CBB/WebCtrl/Handlers/Routes.inc"
 
-DECLARE_HANDLER(get_LangInfo);
-DECLARE_HANDLER(set_LangInfo);
-DECLARE_HANDLER(get_BaseInfo);
-DECLARE_HANDLER(set_BaseInfo);
-DECLARE_HANDLER(get_MirrorInfo);
-DECLARE_HANDLER(set_MirrorInfo);
-DECLARE_HANDLER(get_NetWModeInfo);
-DECLARE_HANDLER(set_NetWModeInfo);
-DECLARE_HANDLER(get_VCmsInfo);
-DECLARE_HANDLER(set_VCmsInfo);
-DECLARE_HANDLER(get_WifiInfo);
-DECLARE_HANDLER(set_WifiInfo);
-DECLARE_HANDLER(get_GNetInfo);
-DECLARE_HANDLER(set_GNetInfo);
-DECLARE_HANDLER(get_GB28181Info);
-DECLARE_HANDLER(set_GB28181Info);
-DECLARE_HANDLER(get_cpu_usage);
-DECLARE_HANDLER(get_VersionInfo);
-DECLARE_HANDLER(get_SystemInfo);
+struct Route {
+    std::string_view path; // as it stands in the request, `/set_...` if it writes
+    Handler handler;
+    const char* announced; // printed before the call
+};
 
-#undef DECLARE_HANDLER
+inline constexpr Route kRoutes[] = {
+#define ROUTE(handler, announced) {"/" #handler, handler, announced},
+#include "CBB/WebCtrl/Handlers/Routes.inc"
+};
+
+constexpr bool Writes(const Route& route) {
+    return route.path.substr(0, 5) == "/set_";
+}

@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Handlers/JsonAnswer.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <cstring>
-#include <mongoose.h>
-#include <string_view>
 
 namespace {
 
-constexpr std::string_view kHeaderBlock = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+constexpr std::string_view kHeaders = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n";
 // Stands before a chunk until its size is known. Most sizes have two digits.
 constexpr std::string_view kSizeLine = "xx\r\n";
 constexpr size_t kSizeDigits = 2;
@@ -36,7 +35,7 @@ size_t Utf8Length(const unsigned char* text, size_t size) {
     return 0;
 }
 
-// The bytes that stand for themselves.
+// The bytes that need no escape.
 struct PlainBytes {
     constexpr PlainBytes() : is() {
         for (unsigned char byte = 0x20; byte < 0x7F; ++byte)
@@ -66,8 +65,9 @@ uint32_t NumberAt(const WebField& field, const void* block) {
     }
 }
 
-JsonAnswer::JsonAnswer(mg_connection* connection) : m_connection(connection) {
-    Add(kHeaderBlock);
+JsonAnswer::JsonAnswer(For whom) : m_hidesSecrets(whom == For::Reader) {
+    Add(kHeaders);
+    Add(m_hidesSecrets ? "Webctrl-Access: read\r\n\r\n" : "\r\n");
 }
 
 void JsonAnswer::Member(std::string_view name, int value) {
@@ -84,7 +84,8 @@ void JsonAnswer::Member(std::string_view name, const char* text, size_t maxBytes
 
 void JsonAnswer::Member(const WebField& field, const void* block) {
     if (field.kind == FieldKind::Text)
-        Member(field.member, TextAt(field, block), field.size);
+        Member(field.member, field.secret && m_hidesSecrets ? "" : TextAt(field, block),
+               field.size);
     else
         Member(field.member, static_cast<int>(NumberAt(field, block)));
 }
@@ -115,23 +116,14 @@ void JsonAnswer::Result(bool worked, std::string_view separator) {
 
 void JsonAnswer::End() {
     Add("0\r\n\r\n");
-    m_connection->is_resp = 0; // the library may take the next request
-}
-
-void JsonAnswer::WriteResult(mg_connection* connection, bool worked) {
-    JsonAnswer answer(connection);
-    answer.Result(worked, "{");
 }
 
 void JsonAnswer::Add(std::string_view text) {
-    mg_iobuf& out = m_connection->send;
-    if (text.size() > out.size - out.len) {
-        if (!mg_send(m_connection, text.data(), text.size()))
-            m_connection->is_closing = 1; // no memory: rather no answer than a part of one
+    m_failed = m_failed || text.size() > kMaxAnswerBytes - m_size;
+    if (m_failed)
         return;
-    }
-    memcpy(out.buf + out.len, text.data(), text.size());
-    out.len += text.size();
+    memcpy(m_bytes + m_size, text.data(), text.size());
+    m_size += text.size();
 }
 
 void JsonAnswer::AddNumber(int value) {
@@ -179,26 +171,27 @@ void JsonAnswer::BeginMember(std::string_view name) {
 
 void JsonAnswer::BeginChunk(std::string_view text) {
     Add(kSizeLine);
-    m_chunkAt = m_connection->send.len;
+    m_chunkAt = m_size;
     m_opening = ", \"";
     Add(text);
 }
 
 void JsonAnswer::EndChunk(std::string_view text) {
     Add(text);
-    if (m_connection->is_closing)
-        return;
-    mg_iobuf& out = m_connection->send;
     char digits[sizeof(size_t) * 2];
-    const char* end = std::to_chars(digits, digits + sizeof(digits), out.len - m_chunkAt, 16).ptr;
+    const size_t chunkBytes = m_size - m_chunkAt;
+    const char* end = std::to_chars(digits, digits + sizeof(digits), chunkBytes, 16).ptr;
     const auto count = static_cast<size_t>(end - digits);
-    const size_t at = m_chunkAt - kSizeLine.size();
-    if (count != kSizeDigits) {
-        mg_iobuf_del(&out, at, kSizeDigits);
-        if (mg_iobuf_add(&out, at, digits, count) != count)
-            m_connection->is_closing = 1;
-    } else {
-        memcpy(out.buf + at, digits, count);
-    }
+    if (count > kSizeDigits)
+        Add({digits, count - kSizeDigits}); // room, for what moves back
+    if (m_failed)
+        return;
+    char* const chunk = m_bytes + m_chunkAt;
+    char* const size = chunk - kSizeLine.size();
+    memmove(size + count + 2, chunk, chunkBytes);
+    std::copy_n(digits, count, size);
+    size[count] = '\r';
+    size[count + 1] = '\n';
+    m_size = m_chunkAt - kSizeLine.size() + count + 2 + chunkBytes;
     Add("\r\n");
 }

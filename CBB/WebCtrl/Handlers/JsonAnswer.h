@@ -7,23 +7,24 @@
 
 #include "CBB/WebCtrl/Handlers/WebField.h"
 
-struct mg_connection;
-
-/// Writes one JSON answer: status 200, chunked (RFC 9112, 7.1), one chunk a member. It is
-/// written into the connection's send buffer; nothing else may be, until its end.
-///
-/// Values stand in quotes, numbers included, and are escaped (RFC 8259): `"`, `\`, control
-/// characters, `<`, so that no client takes an answer without Content-Type for HTML, and U+FFFD in
-/// place of bytes that are no UTF-8. Only `result` is a bare number: 1 it worked, 0 it failed.
+// One JSON answer as the bytes of an HTTP response: status 200, chunked (RFC 9112, 7.1), one chunk
+// a member.
+//
+// All values stand in quotes, numbers too. `"`, `\` and control characters are escaped (RFC 8259).
+// So is `<`: the answer has no Content-Type, and no client may take it for HTML. Bytes that are no
+// UTF-8 become U+FFFD. Only `result` is a bare number: 1 it worked, 0 it failed.
 class JsonAnswer {
 public:
-    explicit JsonAnswer(mg_connection* connection);
+    // A reader's answer says so in the header `Webctrl-Access: read`, and its secret fields are
+    // empty.
+    enum class For { All, Reader };
+    explicit JsonAnswer(For whom = For::All);
 
-    /// The next member: `{ "NAME": "value"` first, `, "NAME": "value"` after it.
+    // The next member: `{ "NAME": "value"` first, `, "NAME": "value"` after it.
     void Member(std::string_view name, int value);
-    /// A text of at most `maxBytes`, or up to its NUL.
+    // `text` ends at its NUL, or after `maxBytes`.
     void Member(std::string_view name, const char* text, size_t maxBytes = SIZE_MAX);
-    /// A member for each field of the record at `block`.
+    // A member for each field of the record at `block`.
     template <size_t N>
     void Members(const WebField (&fields)[N], const void* block) {
         for (const WebField& field : fields)
@@ -31,20 +32,23 @@ public:
     }
     void Member(const WebField& field, const void* block);
 
-    /// A chunk of its own form: `before`, the escaped value, `after`.
+    // A chunk with another form than a member: `before`, the escaped value, `after`.
     void Chunk(std::string_view before, int value, std::string_view after);
     void Chunk(std::string_view before, const char* text, std::string_view after,
                size_t maxBytes = SIZE_MAX);
-    /// A chunk without a value.
+    // A chunk without a value.
     void Chunk(std::string_view text);
 
-    /// The last member, `, "result": N }`, and the end of the body.
+    // The last member, `, "result": N }`, and the end of the body.
     void Result(bool worked, std::string_view separator = ", ");
-    /// The end of the body, an empty chunk.
+    // The end of the body, an empty chunk.
     void End();
 
-    /// A whole write answer: `{"result": N }`.
-    static void WriteResult(mg_connection* connection, bool worked);
+    // A whole write answer: `{"result": N }`.
+    void WriteResult(bool worked) { Result(worked, "{"); }
+
+    // The whole response; empty when it was too long.
+    std::string_view Bytes() const { return {m_bytes, m_failed ? 0 : m_size}; }
 
 private:
     void Add(std::string_view text);
@@ -54,7 +58,14 @@ private:
     void BeginChunk(std::string_view text);
     void EndChunk(std::string_view text);
 
-    mg_connection* m_connection;
-    size_t m_chunkAt = 0; // where in the send buffer the chunk begins, behind its size
+    // All texts of an answer come from one reply of 1024 bytes, and an escape takes at most six
+    // bytes. The rest of an answer is below 4 KiB.
+    static constexpr size_t kMaxAnswerBytes = 12 * 1024;
+
+    char m_bytes[kMaxAnswerBytes];
+    size_t m_size = 0;
+    size_t m_chunkAt = 0; // where the chunk begins, behind its size
+    bool m_failed = false;
+    bool m_hidesSecrets;
     std::string_view m_opening = "{ \"";
 };

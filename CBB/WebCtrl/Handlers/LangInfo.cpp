@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // Display language, section stDisplay.
-#include <cstdio>
 #include <cstring>
 
 #include "CBB/WebCtrl/Handlers/Form.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "CBB/WebCtrl/Handlers/JsonAnswer.h"
 #include "CBB/WebCtrl/Handlers/SectionExchange.h"
+#include "CBB/WebCtrl/PrintLine.h"
 
 namespace {
 
 int getLangInfoFromNet(CWebCtrl& controller, DisplayPara* para) {
-    return QueryBlock(controller, QueryText::Display, &CConfig_Task::Import_stDisplay,
+    return QueryBlock(controller, "stDisplay", &CConfig_Task::Import_stDisplay,
                       &DeviceParaRecord::stDisplay, para);
 }
 
@@ -23,24 +23,23 @@ int setLangInfoToNet(CWebCtrl& controller, const char* language) {
 
 } // namespace
 
-// The two sides use different codes for what is not Chinese: the page is told EN, the recorder US.
+// What is not Chinese has two codes: the page uses EN, the recorder US.
 
-void get_LangInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+void get_LangInfo(CWebCtrl& controller, std::string_view, JsonAnswer& answer) {
     const HandlerTrace trace(__func__, __LINE__);
     DisplayPara para{};
     const int error = getLangInfoFromNet(controller, &para);
-    JsonAnswer answer(connection);
     answer.Member("strLanguage", strcmp(para.strLanguage, "CN") == 0 ? "CN" : "EN");
     answer.Result(error == 0);
 }
 
-void set_LangInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message* message) {
-    Form form(message);
+void set_LangInfo(CWebCtrl& controller, std::string_view body, JsonAnswer& answer) {
+    Form form(body);
     const char* language = form.WholeText("strLanguage");
     int error = 0;
     if (language[0] != '\0') {
-        printf("CWebCtrl::set_LangInfo, lang:%s.\n", language);
+        PrintLine("CWebCtrl::set_LangInfo, lang:", Foreign{language}, ".\n");
         error = setLangInfoToNet(controller, strcmp(language, "CN") == 0 ? "CN" : "US");
     }
-    JsonAnswer::WriteResult(connection, error == 0);
+    answer.WriteResult(error == 0);
 }

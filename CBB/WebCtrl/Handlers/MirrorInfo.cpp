@@ -2,7 +2,7 @@
 // Mirroring of the first video channel, section stVideoMirror.
 #include <cstring>
 
-#include "CBB/Config/FieldConvert.h"
+#include "CBB/Util/TextFun.h"
 #include "CBB/WebCtrl/Handlers/Form.h"
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "CBB/WebCtrl/Handlers/JsonAnswer.h"
@@ -11,7 +11,7 @@
 namespace {
 
 int getMirrorInfoFromNet(CWebCtrl& controller, VideoMirrorPara* para) {
-    return QueryBlock(controller, QueryText::VideoMirror, &CConfig_Task::Import_stVideoMirror,
+    return QueryBlock(controller, "stVideoMirror", &CConfig_Task::Import_stVideoMirror,
                       &DeviceParaRecord::stVideoMirror, para);
 }
 
@@ -34,22 +34,21 @@ uint8_t ReadFlag(Form& form, const char* name) {
 
 } // namespace
 
-// The members are named as texts though they hold numbers; the tools in the field know them so.
+// The members are called str... though they hold numbers: tools in the field use these names.
 
-void get_MirrorInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+void get_MirrorInfo(CWebCtrl& controller, std::string_view, JsonAnswer& answer) {
     const HandlerTrace trace(__func__, __LINE__);
     VideoMirrorPara para{};
     const int error = getMirrorInfoFromNet(controller, &para);
-    JsonAnswer answer(connection);
     answer.Member("strFD_LeftRight", para.ucFD_LeftRight);
     answer.Member("strFD_UpDown", para.ucFD_UpDown);
     answer.Result(error == 0);
 }
 
-void set_MirrorInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message* message) {
-    Form form(message);
+void set_MirrorInfo(CWebCtrl& controller, std::string_view body, JsonAnswer& answer) {
+    Form form(body);
     VideoMirrorPara para{};
     para.ucFD_UpDown = ReadFlag(form, "strFD_UpDown");
     para.ucFD_LeftRight = ReadFlag(form, "strFD_LeftRight");
-    JsonAnswer::WriteResult(connection, setMirrorInfoToNet(controller, para) == 0);
+    answer.WriteResult(setMirrorInfoToNet(controller, para) == 0);
 }

@@ -14,7 +14,7 @@ constexpr WebField kFields[] = {
 };
 
 int getNetWModeInfoFromNet(CWebCtrl& controller, NetWorkModePara* para) {
-    return QueryBlock(controller, QueryText::NetWorkMode, &CConfig_Task::Import_stNetWorkMode,
+    return QueryBlock(controller, "stNetWorkMode", &CConfig_Task::Import_stNetWorkMode,
                       &DeviceParaRecord::stNetWorkMode, para);
 }
 
@@ -26,17 +26,16 @@ int setNetWModeInfoToNet(CWebCtrl& controller, const NetWorkModePara& para) {
 
 } // namespace
 
-void get_NetWModeInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+void get_NetWModeInfo(CWebCtrl& controller, std::string_view, JsonAnswer& answer) {
     const HandlerTrace trace(__func__, __LINE__);
     NetWorkModePara para{};
     const int error = getNetWModeInfoFromNet(controller, &para);
-    JsonAnswer answer(connection);
     answer.Members(kFields, &para);
     answer.Result(error == 0);
 }
 
-void set_NetWModeInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message* message) {
+void set_NetWModeInfo(CWebCtrl& controller, std::string_view body, JsonAnswer& answer) {
     NetWorkModePara para{};
-    Form(message).Read(kFields, &para);
-    JsonAnswer::WriteResult(connection, setNetWModeInfoToNet(controller, para) == 0);
+    Form(body).Read(kFields, &para);
+    answer.WriteResult(setNetWModeInfoToNet(controller, para) == 0);
 }

@@ -10,8 +10,8 @@ constexpr uint8_t kWifiClientMode = 1;
 
 using Block = SystemInfoPara;
 
-// A chunk: what stands before the value, the field, what stands behind it. Where the answer is cut
-// into chunks is as fixed as its text.
+// One chunk of the answer: the text before the value, the value's field, the text behind it.
+// Clients may rely on the chunk boundaries as on the text.
 struct StatusChunk {
     const char* before;
     WebField field;
@@ -57,27 +57,25 @@ constexpr StatusChunk kFromIo[] = {
 
 template <size_t N>
 void Send(JsonAnswer& answer, const StatusChunk (&chunks)[N], const SystemInfoPara& status) {
-    for (const StatusChunk& chunk : chunks) {
+    for (const StatusChunk& chunk : chunks)
         if (chunk.field.kind == FieldKind::Text)
             answer.Chunk(chunk.before, TextAt(chunk.field, &status), chunk.after, chunk.field.size);
         else
             answer.Chunk(chunk.before, static_cast<int>(NumberAt(chunk.field, &status)),
                          chunk.after);
-    }
 }
 
 int getSystemInfoFromNet(CWebCtrl& controller, SystemInfoPara* status) {
-    return QueryBlock(controller, QueryText::SystemInfo, &CConfig_Task::Import_stSystemInfo,
+    return QueryBlock(controller, "stSystemInfo /", &CConfig_Task::Import_stSystemInfo,
                       &DeviceParaRecord::stSystemInfo, status);
 }
 
 } // namespace
 
-void get_SystemInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+void get_SystemInfo(CWebCtrl& controller, std::string_view, JsonAnswer& answer) {
     const HandlerTrace trace(__func__, __LINE__);
     SystemInfoPara status{};
     const int error = getSystemInfoFromNet(controller, &status);
-    JsonAnswer answer(connection);
     answer.Chunk("{ ");
     Send(answer, kUpToWifi, status);
     answer.Chunk(", \"ucFD_WifiMode\": \"", status.WifiMode == kWifiClientMode ? "Client" : "AP",

@@ -23,7 +23,7 @@ int getVCmsInfoFromNet(CWebCtrl& controller, CmsPara* para) {
                              DeviceParaRecord* record) {
         return task.Import_stCMS(section, record, 0);
     };
-    return QueryBlock(controller, QueryText::Cms, importer, &DeviceParaRecord::stCMS, para);
+    return QueryBlock(controller, "stCMS", importer, &DeviceParaRecord::stCMS, para);
 }
 
 int setVCmsInfoToNet(CWebCtrl& controller, const CmsPara& para) {
@@ -39,7 +39,7 @@ int setVCmsInfoToNet(CWebCtrl& controller, const CmsPara& para) {
 
 } // namespace
 
-void get_VCmsInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+void get_VCmsInfo(CWebCtrl& controller, std::string_view, JsonAnswer& answer) {
     const HandlerTrace trace(__func__, __LINE__);
     CmsPara para{};
     const int error = getVCmsInfoFromNet(controller, &para);
@@ -48,15 +48,14 @@ void get_VCmsInfo(CWebCtrl& controller, mg_connection* connection, mg_http_messa
         MapCmsAddress(controller, CMS_SERVER_TO_DISPLAY, inet_ntoa({para.uiFD_IP}), address);
     else
         CopyText(address, para.strFD_Domain);
-    JsonAnswer answer(connection);
     answer.Member(kAddressType, &para);
     answer.Member("strFD_Address", address);
     answer.Member(kPort, &para);
     answer.Result(error == 0);
 }
 
-void set_VCmsInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message* message) {
-    Form form(message);
+void set_VCmsInfo(CWebCtrl& controller, std::string_view body, JsonAnswer& answer) {
+    Form form(body);
     CmsPara para{};
     form.Read(kAddressType, &para);
     const char* address = form.Text("strFD_Address");
@@ -68,5 +67,5 @@ void set_VCmsInfo(CWebCtrl& controller, mg_connection* connection, mg_http_messa
         CopyText(para.strFD_Domain, address);
     }
     form.Read(kPort, &para);
-    JsonAnswer::WriteResult(connection, setVCmsInfoToNet(controller, para) == 0);
+    answer.WriteResult(setVCmsInfoToNet(controller, para) == 0);
 }

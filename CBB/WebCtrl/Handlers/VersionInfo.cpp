@@ -7,15 +7,14 @@
 #include "CBB/WebCtrl/Handlers/SectionExchange.h"
 
 int getVersionInfoFromNet(CWebCtrl& controller, VersionPara* para) {
-    return QueryBlock(controller, QueryText::Version, &CConfig_Task::Import_stVersion,
+    return QueryBlock(controller, "stVersion /", &CConfig_Task::Import_stVersion,
                       &DeviceParaRecord::stVersion, para);
 }
 
-void get_VersionInfo(CWebCtrl& controller, mg_connection* connection, mg_http_message*) {
+void get_VersionInfo(CWebCtrl& controller, std::string_view, JsonAnswer& answer) {
     const HandlerTrace trace(__func__, __LINE__);
     VersionPara para{};
     const int error = getVersionInfoFromNet(controller, &para);
-    JsonAnswer answer(connection);
     answer.Member("strFD_AppVersion", para.strAppVer);
     answer.Result(error == 0);
 }

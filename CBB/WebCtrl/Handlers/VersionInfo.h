@@ -4,5 +4,5 @@
 class CWebCtrl;
 struct VersionPara;
 
-/// Queries the version section; `*para` stays as it is on failure. Returns 0 or another value.
+// Queries the version section; `*para` stays as it is on failure. Returns 0 or another value.
 int getVersionInfoFromNet(CWebCtrl& controller, VersionPara* para);

@@ -19,6 +19,10 @@ bool IsUnder(std::string_view name, std::string_view domain) {
            SameName(name.substr(name.size() - domain.size()), domain);
 }
 
+bool BeginsWith(std::string_view text, std::string_view beginning) {
+    return text.substr(0, beginning.size()) == beginning;
+}
+
 // The name or address in `host[:port]`, brackets kept, without the dot that ends a full name.
 std::string_view NameOf(std::string_view host) {
     const size_t bracket = host.find(']');
@@ -40,12 +44,23 @@ bool IsAddress(std::string_view name) {
 bool IsLocalName(std::string_view name) {
     if (name.find('.') == std::string_view::npos)
         return name.find_first_of("[]") == std::string_view::npos;
-    for (const char* domain : {".local", ".lan", ".home.arpa"}) {
+    for (const char* domain :
+         {".local", ".lan", ".home.arpa", ".localhost", ".internal", ".home", ".fritz.box"})
         if (IsUnder(name, domain))
             return true;
-    }
     return std::any_of(g_allowedHosts.begin(), g_allowedHosts.end(),
                        [&](const std::string& allowed) { return SameName(name, allowed); });
+}
+
+// Whether an origin or a page's address (RFC 3986, 3.2) is of the host `name`. An opaque origin,
+// "null", has no host, and no browser tells a user name.
+bool IsOfHost(std::string_view url, std::string_view name) {
+    const size_t scheme = url.find("://");
+    if (scheme == std::string_view::npos || name.empty())
+        return false;
+    const std::string_view rest = url.substr(scheme + 3);
+    const std::string_view authority = rest.substr(0, rest.find_first_of("/?#"));
+    return authority.find('@') == std::string_view::npos && SameName(NameOf(authority), name);
 }
 
 } // namespace
@@ -54,14 +69,16 @@ void AllowHost(const std::string& name) {
     g_allowedHosts.push_back(name);
 }
 
-bool IsTrustedRequest(std::string_view host, std::string_view origin) {
-    const std::string_view name = NameOf(host);
+bool IsTrusted(const RequestSource& source, RequestKind kind) {
+    const std::string_view name = NameOf(source.host);
     if (!name.empty() && !IsAddress(name) && !IsLocalName(name))
         return false;
-    if (origin.empty())
+    if (!source.origin.empty())
+        return IsOfHost(source.origin, name);
+    if (kind == RequestKind::Read)
         return true;
-    // An opaque origin, "null", has no host and is foreign as well.
-    const size_t scheme = origin.find("://");
-    return scheme != std::string_view::npos && !name.empty() &&
-           SameName(NameOf(origin.substr(scheme + 3)), name);
+    if (!source.referer.empty())
+        return IsOfHost(source.referer, name);
+    // A browser sends an image, a link or a form's GET so when the page hides where it is from.
+    return source.hasBody || !BeginsWith(source.userAgent, "Mozilla/");
 }

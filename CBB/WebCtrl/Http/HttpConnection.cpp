@@ -1,212 +1,229 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Http/HttpConnection.h"
 
-#include <cstdint>
+#include <cerrno>
 #include <cstring>
 #include <mongoose.h>
+#include <new>
+#include <string_view>
 #include <sys/socket.h>
-#include <utility>
+
+#include "CBB/WebCtrl/Http/ChunkedBody.h"
+#include "CBB/WebCtrl/Http/RequestGate.h"
+#include "CBB/WebCtrl/Http/Tls.h"
 
 namespace {
 
-// A browser opens six; a phone and a PC tool beside a page are far below this. Each costs up to
-// 100 KiB while its request is incomplete.
-constexpr int kMaxConnections = 128;
-constexpr uint32_t kIdleMs = 30000;
-// The largest form is below 4 KiB. The library is built to hold one read more than this.
-constexpr size_t kMaxRequestBytes = 64 * 1024;
+constexpr uint64_t kIdleMs = 30000;
 // A refused client may still be sending. Closing at once would reset the connection and take the
 // refusal with it, so what comes is read and dropped for a moment.
-constexpr uint32_t kLingerMs = 1000;
+constexpr uint64_t kLingerMs = 1000;
+// With more than this unsent, no request of the connection is read or answered. The answer that
+// passes the limit is at most as long again, so that at most 64 KiB lie unsent.
+constexpr size_t kMaxUnsentBytes = 32 * 1024;
 
 constexpr char kContinue[] = "HTTP/1.1 100 Continue\r\n\r\n";
-constexpr char kBadRequest[] =
-    "HTTP/1.1 400 Bad Request\r\nConnection: close\r\nContent-Length: 0\r\n\r\n";
-constexpr char kTooLarge[] =
-    "HTTP/1.1 413 Payload Too Large\r\nConnection: close\r\nContent-Length: 0\r\n\r\n";
 
-struct ConnectionState {
-    uint32_t deadlineMs;   // closed when the library's clock, cut to 32 bits, passes it
-    bool lastRequest;      // no request after the one in progress is answered
-    bool continueAnswered; // to the request that is being received
-    bool refused;          // what still comes is dropped
-    bool waiting;          // for the answer to its request, which the server has kept
-};
-
-// While it sends a file the library keeps what is left of its length in the last word of the same
-// bytes. Connections are allocated zeroed; `data` follows pointers and is aligned as they are.
-static_assert(sizeof(ConnectionState) <=
-              (MG_DATA_SIZE - sizeof(size_t)) / sizeof(size_t) * sizeof(size_t));
-static_assert(alignof(ConnectionState) <= alignof(void*));
-
-bool g_requestLies; // of the web thread alone
-
-ConnectionState& StateOf(mg_connection* connection) {
-    return *static_cast<ConnectionState*>(static_cast<void*>(connection->data));
+int Socket(const mg_connection* connection) {
+    return static_cast<int>(reinterpret_cast<intptr_t>(connection->fd));
 }
 
-void SetDeadline(mg_connection* connection, uint32_t afterMs) {
-    StateOf(connection).deadlineMs = static_cast<uint32_t>(mg_millis()) + afterMs;
-}
-
-// Milliseconds past the deadline, negative before it.
-int32_t Overdue(mg_connection* connection, uint64_t nowMs) {
-    return static_cast<int32_t>(static_cast<uint32_t>(nowMs) - StateOf(connection).deadlineMs);
-}
-
-bool HasToken(mg_http_message* message, const char* header, const char* token) {
-    const mg_str* value = mg_http_get_header(message, header);
-    return value != nullptr && mg_strcasecmp(*value, mg_str(token)) == 0;
-}
-
-void MakeRoom(mg_connection* accepted) {
-    int open = 0;
-    mg_connection* idlest = accepted;
-    const uint64_t nowMs = mg_millis();
-    // The list has newer connections first.
-    for (mg_connection* each = accepted->mgr->conns; each != nullptr; each = each->next) {
-        if (each->is_listening || each->is_closing)
-            continue;
-        ++open;
-        if (Overdue(each, nowMs) >= Overdue(idlest, nowMs))
-            idlest = each;
-    }
-    if (open > kMaxConnections)
-        idlest->is_closing = 1;
-}
-
-void Refuse(mg_connection* connection) {
-    StateOf(connection).refused = true;
-    SetDeadline(connection, kLingerMs);
-    mg_send(connection, kTooLarge, sizeof(kTooLarge) - 1);
-    connection->recv.len = 0;
-    connection->pfn = nullptr;
-}
-
-void OnHeaders(mg_connection* connection, mg_http_message* message) {
-    ConnectionState& state = StateOf(connection);
-    const size_t buffered = connection->recv.len;
-    const bool framed = mg_http_get_header(message, "Content-Length") != nullptr ||
-                        mg_http_get_header(message, "Transfer-Encoding") != nullptr;
-    if (!framed) {
-        // The library takes such a request's length off twice when its method is POST or PUT, and
-        // with it what is pipelined behind. Nothing here looks at the method but for HEAD.
-        if (mg_strcasecmp(message->method, mg_str("HEAD")) != 0)
-            message->method = mg_str("GET");
-        return;
-    }
-    if (message->body.len > kMaxRequestBytes - message->head.len) {
-        Refuse(connection);
-        return;
-    }
-    if (!state.continueAnswered && HasToken(message, "Expect", "100-continue") &&
-        message->head.len + message->body.len > buffered) {
-        state.continueAnswered = true;
-        mg_send(connection, kContinue, sizeof(kContinue) - 1);
-    }
-}
-
-// Sends what was answered, and the first piece of a file behind its head, as the library would do a
-// turn of its loop and three system calls later. What the socket does not take is left to it.
-void SendAtOnce(mg_connection* connection) {
-    // The library is about to send, and would take nothing sent for the connection's end.
-    if (connection->is_writable || connection->is_closing)
-        return;
-    if (connection->pfn != nullptr)
-        connection->pfn(connection, MG_EV_WRITE, nullptr);
-    mg_iobuf& out = connection->send;
-    long sent = out.len > 0 ? mg_io_send(connection, out.buf, out.len) : 0;
-    if (sent <= 0)
-        return;
-    out.len -= static_cast<size_t>(sent);
-    memmove(out.buf, out.buf + sent, out.len);
-    mg_call(connection, MG_EV_WRITE, &sent);
-}
-
-void OnWrite(mg_connection* connection) {
-    if (!StateOf(connection).refused)
-        SetDeadline(connection, kIdleMs);
-    // A file has ended. The library looks at the request behind it in its next turn.
-    g_requestLies = g_requestLies || (!connection->is_resp && connection->recv.len > 0);
-}
-
-void OnRead(mg_connection* connection) {
-    ConnectionState& state = StateOf(connection);
-    if (state.refused) {
-        connection->recv.len = 0;
-        return;
-    }
-    SetDeadline(connection, kIdleMs);
-    if (!connection->is_resp && !state.lastRequest) {
-        if (connection->is_draining)
-            mg_send(connection, kBadRequest, sizeof(kBadRequest) - 1);
-        else if (connection->recv.len > kMaxRequestBytes)
-            Refuse(connection);
-    }
-    SendAtOnce(connection);
-}
-
-void OnProgress(mg_connection* connection, uint64_t nowMs) {
-    ConnectionState& state = StateOf(connection);
-    if (state.waiting && connection->is_resp) {
-        SetDeadline(connection, kIdleMs);
-        connection->is_readable = 0;
-    }
-    if (state.refused && connection->send.len == 0)
-        shutdown(static_cast<int>(reinterpret_cast<intptr_t>(connection->fd)), SHUT_WR);
-    if (state.lastRequest && !connection->is_resp)
-        connection->is_draining = 1;
-    // A request may have come while another one's exchange held the thread: it is not idle.
-    if (Overdue(connection, nowMs) > 0 && !connection->is_readable)
-        connection->is_closing = 1;
+std::string_view Received(const mg_connection* connection) {
+    return {reinterpret_cast<const char*>(connection->recv.buf), connection->recv.len};
 }
 
 } // namespace
 
-void GuardConnection(mg_connection* connection, int event, void* eventData) {
-    if (connection->is_listening)
-        return;
-    switch (event) {
-    case MG_EV_ACCEPT:
-        SetDeadline(connection, kIdleMs);
-        MakeRoom(connection);
-        break;
-    case MG_EV_HTTP_HDRS:
-        OnHeaders(connection, static_cast<mg_http_message*>(eventData));
-        break;
-    case MG_EV_READ:
-        OnRead(connection);
-        break;
-    case MG_EV_WRITE:
-        OnWrite(connection);
-        break;
-    case MG_EV_POLL:
-        OnProgress(connection, *static_cast<uint64_t*>(eventData));
-        break;
-    default:
-        break;
-    }
+HttpConnection::HttpConnection(mg_connection* connection, uint64_t nowMs)
+    : m_connection(connection), m_deadlineMs(nowMs + kIdleMs), m_servedAtMs(nowMs) {}
+
+HttpConnection* HttpConnection::Open(mg_connection* connection, uint64_t nowMs) {
+    auto* opened = new (std::nothrow) HttpConnection(connection, nowMs);
+    static_assert(sizeof(HttpConnection*) <= MG_DATA_SIZE - 2 * sizeof(size_t),
+                  "a file's length follows");
+    memcpy(connection->data, &opened, sizeof(HttpConnection*));
+    connection->is_closing = opened == nullptr;
+    return opened;
 }
 
-bool AdmitRequest(mg_connection* connection, mg_http_message* message) {
-    ConnectionState& state = StateOf(connection);
-    // The library hands over what it has of a request when its connection ends. The rest of a
-    // form would be written as empty.
-    if (connection->is_closing || state.lastRequest || state.refused) {
-        connection->is_resp = 0; // or the connection would wait for an answer instead of closing
+HttpConnection* HttpConnection::Of(mg_connection* connection) {
+    HttpConnection* opened;
+    memcpy(&opened, connection->data, sizeof(HttpConnection*));
+    return opened;
+}
+
+void HttpConnection::Close() {
+    memset(m_connection->data, 0, sizeof(HttpConnection*));
+    delete this;
+}
+
+unsigned long HttpConnection::Id() const {
+    return m_connection->id;
+}
+
+bool HttpConnection::IsIdle() const {
+    return !m_connection->is_resp && m_connection->send.len == 0;
+}
+
+bool HttpConnection::HasMore() const {
+    return !m_connection->is_resp && !m_last && !m_connection->is_closing &&
+           m_connection->send.len < kMaxUnsentBytes && m_connection->recv.len >= m_wantedBytes;
+}
+
+bool HttpConnection::NextRequest(mg_http_message& message) {
+    if (!HasMore())
+        return false;
+    const RequestFrame frame = LookAtRequest(Received(m_connection), message);
+    m_isHead = frame.isHead;
+    switch (frame.verdict) {
+    case RequestFrame::Verdict::Go:
+        break;
+    case RequestFrame::Verdict::Refuse:
+        m_drops = true;
+        Refuse(frame.status, frame.reason);
+        return false;
+    case RequestFrame::Verdict::Wait:
+        m_wantedBytes =
+            frame.bytes > m_connection->recv.len ? frame.bytes : m_connection->recv.len + 1;
+        if (frame.wantsContinue && !m_continued) {
+            m_continued = true;
+            mg_send(m_connection, kContinue, sizeof(kContinue) - 1);
+            SendAtOnce();
+        }
         return false;
     }
-    state.continueAnswered = false;
-    state.waiting = false;
-    state.lastRequest = HasToken(message, "Connection", "close") ||
-                        mg_strcasecmp(message->proto, mg_str("HTTP/1.0")) == 0;
+    m_requestBytes = frame.bytes;
+    m_chunked = frame.chunked;
+    m_last = frame.closes;
+    m_continued = false;
+    m_wantedBytes = 1;
+    m_connection->is_resp = 1;
     return true;
 }
 
-void LetWait(mg_connection* connection) {
-    StateOf(connection).waiting = true;
+bool HttpConnection::ResumeRequest(mg_http_message& message) {
+    m_waits = false;
+    return !m_connection->is_closing &&
+           LookAtRequest(Received(m_connection), message).verdict == RequestFrame::Verdict::Go;
 }
 
-bool RequestLies() {
-    return std::exchange(g_requestLies, false);
+void HttpConnection::BeginAnswer(mg_http_message& message) {
+    m_answerAt = m_connection->send.len;
+    if (m_chunked)
+        message.body.len = JoinChunks(message.body.buf, message.body.len);
+}
+
+void HttpConnection::EndAnswer() {
+    mg_iobuf& out = m_connection->send;
+    if (m_isHead && !m_connection->is_resp) {
+        const std::string_view answer(reinterpret_cast<const char*>(out.buf) + m_answerAt,
+                                      out.len - m_answerAt);
+        const size_t headEnd = answer.find("\r\n\r\n");
+        if (headEnd != std::string_view::npos)
+            out.len = m_answerAt + headEnd + 4;
+    }
+    mg_iobuf_del(&m_connection->recv, 0, m_requestBytes);
+    m_requestBytes = 0;
+    SendAtOnce();
+    Settle();
+}
+
+void HttpConnection::Refuse(int status, const char* reason, const char* headers) {
+    char allHeaders[128];
+    mg_snprintf(allHeaders, sizeof(allHeaders), "Connection: close\r\n%s", headers);
+    m_answerAt = m_connection->send.len;
+    m_last = true;
+    mg_http_reply(m_connection, status, allHeaders, "%s\n", reason);
+    EndAnswer();
+}
+
+void HttpConnection::OnEvent(int event, uint64_t nowMs) {
+    // The end of a file: the library has put its own reader of requests back.
+    if (!m_connection->is_resp)
+        m_connection->pfn = nullptr;
+    switch (event) {
+    case MG_EV_READ:
+        if (!m_drops)
+            m_deadlineMs = nowMs + kIdleMs;
+        break;
+    case MG_EV_WRITE:
+        m_servedAtMs = nowMs;
+        m_deadlineMs = nowMs + (m_drops ? kLingerMs : kIdleMs);
+        break;
+    case MG_EV_POLL:
+        OnTurn(nowMs);
+        break;
+    default:
+        return;
+    }
+    Settle();
+}
+
+void HttpConnection::OnTurn(uint64_t nowMs) {
+    // Once TLS has bytes at hand the library reads on, whether there is room for them or not.
+    if (m_connection->is_tls &&
+        (m_connection->is_full || m_connection->recv.len >= kMaxRequestBytes))
+        m_connection->is_readable = 0;
+    if (m_connection->is_readable)
+        LookForEnd();
+    if (m_waits)
+        m_deadlineMs = nowMs + kIdleMs;
+    // A readable connection is not idle: its request may have come while an exchange held the
+    // thread.
+    if (nowMs > m_deadlineMs && !m_connection->is_readable)
+        m_connection->is_closing = 1;
+}
+
+// When a client closes its side, the library closes the connection at once and loses the answers
+// that are not sent yet. So the library is not shown that end before everything is sent.
+void HttpConnection::LookForEnd() {
+    if (m_connection->is_tls || (IsIdle() && !HasMore()))
+        return;
+    char byte;
+    const ssize_t peeked = recv(Socket(m_connection), &byte, 1, MSG_PEEK | MSG_DONTWAIT);
+    m_inputEnded = peeked == 0;
+    if (m_waits && (peeked == 0 || (peeked < 0 && errno != EAGAIN)))
+        m_connection->is_closing = 1; // there is nobody left to answer
+    if (m_waits || m_inputEnded)
+        m_connection->is_readable = 0;
+}
+
+// Sends the answer, and of a file the first piece behind its head. The library would do so one turn
+// of its loop and three system calls later; it still sends what the socket does not take here.
+void HttpConnection::SendAtOnce() {
+    // The library is about to send, and would take an empty buffer for the connection's end.
+    if (m_connection->is_writable || m_connection->is_closing || m_connection->is_tls)
+        return;
+    if (m_connection->pfn != nullptr)
+        m_connection->pfn(m_connection, MG_EV_WRITE, nullptr);
+    mg_iobuf& out = m_connection->send;
+    long sent = out.len > 0 ? mg_io_send(m_connection, out.buf, out.len) : 0;
+    if (sent <= 0)
+        return;
+    out.len -= static_cast<size_t>(sent);
+    memmove(out.buf, out.buf + sent, out.len);
+    mg_call(m_connection, MG_EV_WRITE, &sent);
+}
+
+// Decides from the state of the connection whether it is read on and whether it ends.
+void HttpConnection::Settle() {
+    const bool sent = m_connection->send.len == 0;
+    if (m_drops)
+        m_connection->recv.len = 0;
+    m_connection->is_full = m_inputEnded || (m_connection->is_resp && !m_waits) ||
+                            m_connection->send.len >= kMaxUnsentBytes;
+    if (m_connection->is_resp || !sent)
+        return;
+    if (m_last && m_connection->recv.len > 0)
+        m_drops = true;
+    if (m_drops && !m_shut) {
+        m_shut = true;
+        EndTls(m_connection);
+        m_deadlineMs = mg_millis() + kLingerMs;
+        m_connection->recv.len = 0;
+        shutdown(Socket(m_connection), SHUT_WR);
+    } else if (!m_drops && (m_last || (m_inputEnded && !HasMore()))) {
+        EndTls(m_connection);
+        m_connection->is_closing = 1;
+    }
 }

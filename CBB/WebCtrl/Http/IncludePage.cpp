@@ -1,25 +1,30 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Http/IncludePage.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <mongoose.h>
 #include <sys/stat.h>
+#include <utility>
+
+#include "CBB/Util/Owner.h"
 
 namespace {
 
 constexpr int kMaxIncludeDepth = 5;
-// A page that includes itself several times over would otherwise grow without end.
-constexpr size_t kMaxPageBytes = 1024 * 1024;
+// What one page may cost: it holds up all clients, and a page that includes itself several times
+// would grow without end.
+constexpr size_t kMaxBytes = 1024 * 1024;
+constexpr int kMaxTags = 1000;
 
 struct Setting {
     const char* name;
     char value[100];
 };
 
-// What pages can print. Nothing changes them as yet.
+// The values that pages can print. Nothing changes them yet.
 Setting g_settings[] = {{"setting1", "value1"}, {"setting2", "value2"}};
 
 bool EndsWith(const std::string& text, const char* ending) {
@@ -39,7 +44,7 @@ bool IsBelow(const std::string& path, const std::string& folder) {
 
 std::string EscapeHtml(const char* text) {
     std::string escaped;
-    for (; *text != '\0'; ++text) {
+    for (; *text != '\0'; ++text)
         if (*text == '<')
             escaped += "&lt;";
         else if (*text == '>')
@@ -50,46 +55,69 @@ std::string EscapeHtml(const char* text) {
             escaped += "&quot;";
         else
             escaped += *text;
-    }
     return escaped;
 }
 
-void Render(const std::string& path, const std::string& webRoot, int depth, std::string& page);
+// The first bytes of a file.
+std::string ReadFile(const std::string& path, size_t limit) {
+    std::string text;
+    const FilePtr file(fopen(path.c_str(), "rb"));
+    char block[4096];
+    for (size_t count = 1; file != nullptr && count > 0 && text.size() < limit;) {
+        count = fread(block, 1, std::min(sizeof(block), limit - text.size()), file.get());
+        text.append(block, count);
+    }
+    return text;
+}
+
+class Renderer {
+public:
+    explicit Renderer(const std::string& webRoot) : m_webRoot(webRoot) {}
+
+    void Render(const std::string& path, int depth);
+    std::string& Page() { return m_page; }
+
+private:
+    void RunTag(const std::string& tag, const std::string& path, int depth);
+
+    const std::string& m_webRoot;
+    std::string m_page;
+    size_t m_bytesLeft = kMaxBytes; // to be read
+    int m_tagsLeft = kMaxTags;      // to be carried out
+};
 
 // `tag` is what stands between "<!--#" and "-->".
-void RunTag(const std::string& tag, const std::string& path, const std::string& webRoot, int depth,
-            std::string& page) {
+void Renderer::RunTag(const std::string& tag, const std::string& path, int depth) {
     char argument[128];
     if (sscanf(tag.c_str(), "call %127s", argument) == 1) {
-        for (const Setting& setting : g_settings) {
+        for (const Setting& setting : g_settings)
             if (strcmp(argument, setting.name) == 0)
-                page += EscapeHtml(setting.value);
-        }
+                m_page += EscapeHtml(setting.value);
     } else if (sscanf(tag.c_str(), "include file=\"%127[^\"]\"", argument) == 1) {
         const std::string included = path.substr(0, path.rfind('/') + 1) + argument;
-        if (IsFile(included) && IsBelow(included, webRoot))
-            Render(included, webRoot, depth + 1, page);
+        if (depth < kMaxIncludeDepth && IsFile(included) && IsBelow(included, m_webRoot))
+            Render(included, depth + 1);
     }
 }
 
-void Render(const std::string& path, const std::string& webRoot, int depth, std::string& page) {
-    if (depth > kMaxIncludeDepth)
-        return;
-    mg_str content = mg_file_read(&mg_fs_posix, path.c_str());
-    const std::string text(content.buf != nullptr ? content.buf : "", content.len);
-    mg_free(content.buf);
+void Renderer::Render(const std::string& path, int depth) {
+    const std::string text = ReadFile(path, m_bytesLeft);
+    m_bytesLeft -= text.size();
     size_t at = 0;
-    while (IsIncludePage(path) && page.size() < kMaxPageBytes) {
+    while (IsIncludePage(path)) {
         const size_t begin = text.find("<!--#", at);
         const size_t end = begin == std::string::npos ? begin : text.find("-->", begin);
         if (end == std::string::npos)
             break;
-        page.append(text, at, begin - at);
+        m_page.append(text, at, begin - at);
         const size_t tag = begin + strlen("<!--#");
-        RunTag(text.substr(tag, end - tag), path, webRoot, depth, page);
+        if (m_tagsLeft > 0) {
+            --m_tagsLeft;
+            RunTag(text.substr(tag, end - tag), path, depth);
+        }
         at = end + strlen("-->");
     }
-    page.append(text, at, std::string::npos);
+    m_page.append(text, at, std::string::npos);
 }
 
 } // namespace
@@ -104,7 +132,7 @@ bool IsFile(const std::string& path) {
 }
 
 std::string RenderIncludePage(const std::string& path, const std::string& webRoot) {
-    std::string page;
-    Render(path, webRoot, 0, page);
-    return page;
+    Renderer renderer(webRoot);
+    renderer.Render(path, 0);
+    return std::move(renderer.Page());
 }

@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Link/ControlMessage.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
+#include <strings.h>
 #include <tinyxml.h>
 
+#include "CBB/WebCtrl/PrintLine.h"
 #include "CBB/WebCtrl/WebCtrl.h"
 
 namespace {
 
 constexpr int kMaxXmlDepth = 16;
-// The depth is counted as a well-formed text has it. A text made to mislead that count still
-// cannot nest deeper than it has elements, and this many take some 40 KiB of the stack.
+// A second guard, should the depth be counted wrong: 128 elements take some 40 KiB of stack.
 constexpr int kMaxXmlElements = 128;
 
 struct Command {
@@ -29,81 +32,129 @@ constexpr Command kCommands[] = {
 const TiXmlElement* ParseRoot(TiXmlDocument& doc, const char* text) {
     if (!IsShallowXml(text))
         return nullptr;
-    doc.SetTabSize(0); // nobody asks where in the text something stood
+    doc.SetTabSize(0); // positions in the text are not needed
     doc.Parse(text);
     return doc.FirstChildElement("VariCfgSec");
 }
 
-// The root's first attribute, which has to be the Action; null, with its line printed, otherwise.
+// The root's first attribute if it is the Action; otherwise prints a line and returns null.
 const TiXmlAttribute* ActionOf(const TiXmlElement* root) {
     const TiXmlAttribute* first = root->FirstAttribute();
     if (first == nullptr) {
-        puts("CWebCtrl::GetParaCmdType, get first pAttribute failed.");
+        PrintLine("CWebCtrl::GetParaCmdType, get first pAttribute failed.\n");
         return nullptr;
     }
     if (strcmp(first->Name(), "Action") != 0) {
-        puts("CWebCtrl::GetParaCmdType, first attribute name is not Action.");
+        PrintLine("CWebCtrl::GetParaCmdType, first attribute name is not Action.\n");
         return nullptr;
     }
     return first;
 }
 
-// Whether a `<` begins an element, rather than ending one or being markup of another kind.
+// Whether the parser takes the `<` at `at` for the beginning of an element.
 bool OpensElement(const char* at) {
-    return at[1] != '\0' && at[1] != '/' && at[1] != '!' && at[1] != '?';
+    const auto first = static_cast<unsigned char>(at[1]);
+    return isalpha(first) || first == '_' || first >= 0x7F;
 }
 
-// The `>` that ends the tag (or the text's end): one inside quotes ends nothing.
+// The `>` that ends the tag, or the end of the text. A `>` inside quotes ends nothing.
 const char* EndOfTag(const char* at) {
-    for (char quote = '\0'; *at != '\0' && (quote != '\0' || *at != '>'); ++at) {
+    for (char quote = '\0'; *at != '\0' && (quote != '\0' || *at != '>'); ++at)
         if (quote != '\0')
             quote = *at == quote ? '\0' : quote;
         else if (*at == '"' || *at == '\'')
             quote = *at;
-    }
     return at;
+}
+
+// The `>` that ends a declaration. Null when quotes leave a doubt about where that is: the parser
+// knows three attributes and skips anything else, quotes or not.
+const char* EndOfDeclaration(const char* at) {
+    char quote = '\0';
+    for (; *at != '\0' && *at != '>'; ++at) {
+        if (*at != '"' && *at != '\'')
+            continue;
+        const bool opens = at[-1] == '=';
+        if (opens != (quote == '\0') || (!opens && *at != quote))
+            return nullptr;
+        quote = opens ? *at : '\0';
+    }
+    return quote == '\0' ? at : nullptr;
+}
+
+// The last character of the markup that begins at `at`, as the parser reads it (or the text's end).
+const char* EndOfMarkup(const char* at) {
+    constexpr std::string_view kOpaque[][2] = {{"<!--", "-->"}, {"<![CDATA[", "]]>"}};
+    for (const auto& [begin, end] : kOpaque) {
+        if (strncmp(at, begin.data(), begin.size()) != 0)
+            continue;
+        const char* found = strstr(at + begin.size(), end.data());
+        return found != nullptr ? found + end.size() - 1 : at + strlen(at);
+    }
+    constexpr std::string_view kDeclaration = "<?xml";
+    if (strncasecmp(at, kDeclaration.data(), kDeclaration.size()) == 0)
+        return EndOfDeclaration(at);
+    return OpensElement(at) ? EndOfTag(at + 1) : at + strcspn(at, ">");
 }
 
 } // namespace
 
+Reply::Reply(const char* text)
+    : m_document(std::make_unique<TiXmlDocument>()), m_root(ParseRoot(*m_document, text)) {}
+
+Reply::~Reply() = default;
+
+const char* Reply::Action() const {
+    const TiXmlAttribute* action = m_root != nullptr ? ActionOf(m_root) : nullptr;
+    return action != nullptr ? action->Value() : nullptr;
+}
+
+const char* Reply::Result() const {
+    const TiXmlAttribute* action = m_root != nullptr ? m_root->FirstAttribute() : nullptr;
+    const TiXmlAttribute* second = action != nullptr ? action->Next() : nullptr;
+    return second != nullptr && strcmp(second->Name(), "Result") == 0 ? second->Value() : nullptr;
+}
+
+const char* Reply::Attribute(const char* name) const {
+    const TiXmlAttribute* attribute = m_root != nullptr ? ActionOf(m_root) : nullptr;
+    while (attribute != nullptr && strcmp(attribute->Name(), name) != 0)
+        attribute = attribute->Next();
+    return attribute != nullptr ? attribute->Value() : nullptr;
+}
+
+const TiXmlElement* Reply::Section() const {
+    return Action() != nullptr ? m_root->FirstChildElement() : nullptr;
+}
+
 int CWebCtrl::GetParaCmdType(const char* text, int* type) {
-    printf("----------------------CWebCtrl::GetParaCmdType, data:%s.\n", text);
-    TiXmlDocument doc;
-    const TiXmlElement* root = ParseRoot(doc, text);
-    if (root == nullptr) {
-        puts("CWebCtrl::GetParaCmdType, xmlDoc.FirstChildElement[VariCfgSec] failed.");
+    PrintLine("----------------------CWebCtrl::GetParaCmdType, data:", Foreign{text}, ".\n");
+    const Reply message(text);
+    if (!message.HasRoot()) {
+        PrintLine("CWebCtrl::GetParaCmdType, xmlDoc.FirstChildElement[VariCfgSec] failed.\n");
         return -1;
     }
-    const TiXmlAttribute* action = ActionOf(root);
+    const char* action = message.Action();
     if (action == nullptr)
         return -1;
-    const TiXmlAttribute* second = action->Next();
-    if (second != nullptr && strcmp(second->Name(), "Result") == 0) {
-        puts("CWebCtrl::GetParaCmdType, is resp msg, do't handle.");
+    if (message.Result() != nullptr) {
+        PrintLine("CWebCtrl::GetParaCmdType, is resp msg, do't handle.\n");
         return -1;
     }
     *type = DEVICE_UNSUPPORTED;
-    for (const Command& command : kCommands) {
-        if (strcmp(action->Value(), command.action) == 0)
+    for (const Command& command : kCommands)
+        if (strcmp(action, command.action) == 0)
             *type = command.type;
-    }
-    printf("CWebCtrl::GetParaCmdType, support cmd:%s.\n", action->Value());
+    PrintLine("CWebCtrl::GetParaCmdType, support cmd:", Foreign{action}, ".\n");
     return 0;
 }
 
 int CWebCtrl::GetParaAttrValue(const char* text, const char* name, char* value) {
-    TiXmlDocument doc;
-    const TiXmlElement* root = ParseRoot(doc, text);
-    if (root == nullptr)
+    const Reply message(text);
+    const char* found = message.Attribute(name);
+    if (found == nullptr)
         return -1;
-    for (const TiXmlAttribute* attribute = ActionOf(root); attribute != nullptr;
-         attribute = attribute->Next()) {
-        if (strcmp(attribute->Name(), name) == 0) {
-            snprintf(value, kAttrValueCapacity, "%s", attribute->Value());
-            return 0;
-        }
-    }
-    return -1;
+    snprintf(value, kAttrValueCapacity, "%s", found);
+    return 0;
 }
 
 int CWebCtrl::GetParaSection(TiXmlDocument& doc, const char* text, TiXmlElement** section) {
@@ -118,22 +169,31 @@ int CWebCtrl::GetParaSection(TiXmlDocument& doc, const char* text, TiXmlElement*
 }
 
 bool IsShallowXml(const char* text) {
-    int elements = 0;
+    // A fast way out for nearly every reply.
+    int tags = 0;
     for (const char* at = strchr(text, '<'); at != nullptr; at = strchr(at + 1, '<'))
-        elements += OpensElement(at);
-    if (elements <= kMaxXmlDepth || elements > kMaxXmlElements)
-        return elements <= kMaxXmlDepth;
+        tags += OpensElement(at);
+    if (tags <= kMaxXmlDepth)
+        return true;
 
+    int elements = 0;
     int depth = 0;
     for (const char* at = strchr(text, '<'); at != nullptr; at = strchr(at, '<')) {
-        const bool closes = at[1] == '/';
-        const bool opens = OpensElement(at);
-        at = EndOfTag(at + 1);
-        depth += opens && at[-1] != '/' ? 1 : closes ? -1 : 0;
-        if (depth > kMaxXmlDepth)
+        const char* end = EndOfMarkup(at);
+        if (end == nullptr)
             return false;
+        if (OpensElement(at) && (++depth > kMaxXmlDepth || ++elements > kMaxXmlElements))
+            return false;
+        if (at[1] == '/' || (OpensElement(at) && end[-1] == '/'))
+            depth = std::max(depth - 1, 0); // an end tag outside the root ends nothing
+        at = end;
     }
     return true;
+}
+
+std::string QueryText(std::string_view section) {
+    std::string text = "<VariCfgSec Action=\"DEVICE_QUERY\"><";
+    return text.append(section).append("></VariCfgSec>");
 }
 
 SetMessage& SetMessage::Open(const char* element) {
@@ -184,11 +244,4 @@ SetMessage& SetMessage::Close(const char* ending) {
 
 const std::string& SetMessage::Finish() {
     return m_text.append("</VariCfgSec>");
-}
-
-int ImportSection(CWebCtrl& controller, const char* reply,
-                  const std::function<int(const TiXmlElement*)>& import) {
-    TiXmlDocument doc;
-    TiXmlElement* section = nullptr;
-    return controller.GetParaSection(doc, reply, &section) == 0 ? import(section) : -1;
 }

@@ -3,12 +3,9 @@
 
 #include <arpa/inet.h>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <net/if.h>
 #include <netinet/in.h>
 #include <poll.h>
-#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -22,10 +19,12 @@ constexpr uint16_t kLocalPort = 4999;
 constexpr int kSendBufferBytes = 307200;
 constexpr size_t kReplyBytes = 1024;
 constexpr int kReplyWaitMs = 5000;
-// More than the kernel queues at its default buffer size, even of empty datagrams, so that a full
-// queue is emptied while a peer that sends without end cannot hold the exchange up.
+// A recorder that is alive answers sooner. After this time the printed lines are written out.
+constexpr int kPromptReplyMs = 20;
+// More datagrams than the kernel queues at its default buffer size, even empty ones. So a full
+// queue is emptied, but a peer that sends without end cannot hold up the exchange.
 constexpr int kMaxDiscarded = 1024;
-// Longer messages are sent without the line that shows them.
+// Longer messages are sent without being printed.
 constexpr size_t kShownMessageBytes = 256;
 
 sockaddr_in Ipv4Address(in_addr_t address, uint16_t port) {
@@ -36,13 +35,17 @@ sockaddr_in Ipv4Address(in_addr_t address, uint16_t port) {
     return result;
 }
 
-// poll(2) rather than select(2): a descriptor above FD_SETSIZE is no trap. But it would wait in
-// vain on a closed socket.
-int WaitReadable(int sock, int timeoutMs, short* events) {
+// poll(2) takes any descriptor number, unlike select(2); on a closed socket it would wait the full
+// time.
+int WaitReadable(int sock, short* events) {
     if (sock == -1)
         return -1;
     pollfd waited{sock, POLLIN, 0};
-    const int ready = poll(&waited, 1, timeoutMs);
+    int ready = poll(&waited, 1, kPromptReplyMs);
+    if (ready == 0) {
+        ConsoleFlush();
+        ready = poll(&waited, 1, kReplyWaitMs - kPromptReplyMs);
+    }
     *events = waited.revents;
     return ready;
 }
@@ -63,13 +66,13 @@ CUdpCtrlSocket::~CUdpCtrlSocket() {
 
 int CUdpCtrlSocket::OpenCtrlSocket() {
     if (m_iSock != -1) {
-        printf("CUdpCtrlSocket::OpenCtrlSocket already created socket:%d.\n", m_iSock);
+        PrintLine("CUdpCtrlSocket::OpenCtrlSocket already created socket:", m_iSock, ".\n");
         return 0;
     }
     m_iSock = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (m_iSock == -1) {
-        printf("CUdpCtrlSocket::OpenCtrlSocket, Create Ctrl Socket Failed.Error:%s\n",
-               strerror(errno));
+        PrintLine("CUdpCtrlSocket::OpenCtrlSocket, Create Ctrl Socket Failed.Error:",
+                  strerror(errno), "\n");
         return -1;
     }
     const int reuse = 2;
@@ -80,17 +83,18 @@ int CUdpCtrlSocket::OpenCtrlSocket() {
     GetIfAddr(m_iSock, m_szIfName, &address);
     const sockaddr_in local = Ipv4Address(address, kLocalPort);
     if (bind(m_iSock, reinterpret_cast<const sockaddr*>(&local), sizeof(local)) != 0) {
-        printf("CUdpCtrlSocketSvr::OpenSvrSocket, Server Bind Failed. Error:%s\n", strerror(errno));
+        PrintLine("CUdpCtrlSocketSvr::OpenSvrSocket, Server Bind Failed. Error:", strerror(errno),
+                  "\n");
         CloseCtrlSocket();
         return -1;
     }
     const int broadcast = 1;
     if (setsockopt(m_iSock, SOL_SOCKET, SO_BROADCAST, &broadcast, sizeof(broadcast)) != 0) {
-        printf("CUdpCtrlSocket::OpenCtrlSocket, setsockopt broadcast Failed, Error:%s\n",
-               strerror(errno));
+        PrintLine("CUdpCtrlSocket::OpenCtrlSocket, setsockopt broadcast Failed, Error:",
+                  strerror(errno), "\n");
         return -1;
     }
-    // It is a blocking one: socket(2) sets O_NONBLOCK only when it is asked to.
+    // The socket blocks: socket(2) sets O_NONBLOCK only on request.
     return 0;
 }
 
@@ -108,35 +112,36 @@ int CUdpCtrlSocket::SendDataToHost(const char* data, int len) {
     uint32_t address = 0;
     if (m_bMaskBC != 0 && strcmp(m_szDstIp, "255.255.255.255") == 0) {
         if (GetIfBrdAddr("eth0", &address) != 0) {
-            puts("CUdpCtrlSocket::SendDataToHost, get IfBrdAddr failed.");
+            PrintLine("CUdpCtrlSocket::SendDataToHost, get IfBrdAddr failed.\n");
             return -1;
         }
-        printf("CUdpCtrlSocket::SendDataToHost, get IfBrdAddr ok, brdaddr:0x%x.\n", address);
+        PrintLine("CUdpCtrlSocket::SendDataToHost, get IfBrdAddr ok, brdaddr:0x", Hex{address},
+                  ".\n");
     } else if (inet_pton(AF_INET, m_szDstIp, &address) != 1) {
-        address = inet_addr(m_szDstIp); // knows older forms, and takes five times as long
+        address = inet_addr(m_szDstIp); // reads older forms too, five times slower
     }
     const sockaddr_in destination = Ipv4Address(address, m_usDstPort);
     const ssize_t sent =
         sendto(m_iSock, data, static_cast<size_t>(len), 0,
                reinterpret_cast<const sockaddr*>(&destination), sizeof(destination));
     if (sent < 0) {
-        printf("CUdpCtrlSocket::SendData2Wifi, send data to [0x%x:%d][len:%d], msg:%s, failed, "
-               "err:%s.\n",
-               address, m_usDstPort, len, data, strerror(errno));
+        const char* const error = strerror(errno);
+        PrintLine("CUdpCtrlSocket::SendData2Wifi, send data to [0x", Hex{address}, ":", m_usDstPort,
+                  "][len:", len, "], msg:", Foreign{data}, ", failed, err:", error, ".\n");
         return -1;
     }
     if (strlen(data) < kShownMessageBytes) {
         PrintLine("CUdpCtrlSocket::SendData2Wifi, m_bMaskBC:", m_bMaskBC, ", dest[0x", Hex{address},
-                  "], send data[len:", len, "], msg:", data, ", ok.\n");
+                  "], send data[len:", len, "], msg:", Foreign{data}, ", ok.\n");
     }
     return 0;
 }
 
 int CUdpCtrlSocket::RecvDataFromHost(char* out, int* outLen) {
     short events = 0;
-    const int ready = WaitReadable(m_iSock, kReplyWaitMs, &events);
+    const int ready = WaitReadable(m_iSock, &events);
     if (ready < 0) {
-        puts("CUdpCtrlSocket::RecvDataFromHost , get net ctrl select failed!");
+        PrintLine("CUdpCtrlSocket::RecvDataFromHost , get net ctrl select failed!\n");
         return -1;
     }
     if (ready == 0)
@@ -164,8 +169,8 @@ int CUdpCtrlSocket::RecvDataFromHost(char* out, int* outLen) {
     strcpy(out, buffer);
     *outLen = static_cast<int>(received);
     PrintLine("CUdpCtrlSocket::RecvDataFromHost,  get data from[", m_szDstIp, "  VS ", sourceIp,
-              "], port[", m_usDstPort, " VS ", sourcePort, "], msg[", out, "], len[", *outLen,
-              "].\n");
+              "], port[", m_usDstPort, " VS ", sourcePort, "], msg[", Foreign{out}, "], len[",
+              *outLen, "].\n");
     return 0;
 }
 
@@ -177,20 +182,4 @@ void CUdpCtrlSocket::ClearRecvQueue() {
         if (recv(m_iSock, &byte, sizeof(byte), MSG_DONTWAIT) < 0)
             return;
     }
-}
-
-int GetIfBrdAddr(const char* ifName, uint32_t* addr) {
-    const int sock = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (sock == -1)
-        return -1;
-    ifreq request{};
-    memcpy(request.ifr_name, ifName, strnlen(ifName, sizeof(request.ifr_name)));
-    const int result = ioctl(sock, SIOCGIFBRDADDR, &request);
-    close(sock);
-    if (result != 0)
-        return -1;
-    sockaddr_in broadcast;
-    memcpy(&broadcast, &request.ifr_broadaddr, sizeof(broadcast));
-    *addr = broadcast.sin_addr.s_addr;
-    return 0;
 }

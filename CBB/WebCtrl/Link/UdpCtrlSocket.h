@@ -3,35 +3,34 @@
 
 #include <cstdint>
 
-/// The UDP endpoint of one exchange with the recorder's main application (udp(7)).
-///
-/// Bound to local port 4999 on the interface's address, never connected: a reply is accepted by
-/// its source port alone, from any address. Made for one exchange on the stack of the web thread;
-/// two of them must not exchange at the same time.
-class CUdpCtrlSocket {
+#include "CBB/WebCtrl/Link/ControlLink.h"
+
+// The UDP endpoint of one exchange with the recorder's main application (udp(7)).
+//
+// Bound to local port 4999 on the interface's address, never connected: a reply is accepted by
+// its source port alone, from any address. Made for one exchange on the stack of the web thread;
+// two of them must not exchange at the same time.
+class CUdpCtrlSocket : public ControlLink {
 public:
-    /// Opens and binds. When that fails the object is closed and its sends fail.
-    /// @param dstIp   IPv4 text of the destination, cut to 31 characters
-    /// @param dstPort UDP port of the destination and of accepted replies, host order
-    /// @param maskBC  non-zero: the destination 255.255.255.255 means eth0's broadcast address
-    /// @param ifName  interface whose address is bound, cut to 11 characters; any address if
-    /// unknown
+    // Opens and binds. When that fails the object is closed and its sends fail.
+    // @param dstIp   IPv4 text of the destination, cut to 31 characters
+    // @param dstPort UDP port of the destination and of accepted replies, host order
+    // @param maskBC  non-zero: the destination 255.255.255.255 means eth0's broadcast address
+    // @param ifName  interface whose address is bound (any, if unknown), cut to 11 characters
     CUdpCtrlSocket(const char* dstIp, uint16_t dstPort, uint8_t maskBC, const char* ifName);
-    virtual ~CUdpCtrlSocket();
+    ~CUdpCtrlSocket() override;
     CUdpCtrlSocket(const CUdpCtrlSocket&) = delete;
     CUdpCtrlSocket& operator=(const CUdpCtrlSocket&) = delete;
 
-    /// 0, also when open already, or -1.
+    // 0, also when open already, or -1.
     int OpenCtrlSocket();
-    /// Returns 0.
+    // Returns 0.
     int CloseCtrlSocket();
-    /// Discards what waits, then sends one datagram. 0, or -1 when it could not be handed over.
-    int SendDataToHost(const char* data, int len);
-    /// Waits up to 5 s for one datagram of at most 1024 bytes and copies its text, up to a first
-    /// NUL, into `out` (1025 bytes). Returns 0 with the received byte count in `*outLen`, -1 on a
-    /// failure, an empty datagram or a foreign source port, -2 when nothing came.
-    int RecvDataFromHost(char* out, int* outLen);
-    /// Discards the datagrams that wait.
+    // Discards the datagrams that wait, then sends one.
+    int SendDataToHost(const char* data, int len) override;
+    // An empty datagram and one from a foreign source port are no replies.
+    int RecvDataFromHost(char* out, int* outLen) override;
+    // Discards the datagrams that wait.
     void ClearRecvQueue();
 
 private:
@@ -41,7 +40,3 @@ private:
     uint8_t m_bMaskBC = 0;
     char m_szIfName[12] = {};
 };
-
-/// The broadcast address of an interface, network byte order (netdevice(7), SIOCGIFBRDADDR).
-/// Returns 0, or -1 with `*addr` as it was.
-int GetIfBrdAddr(const char* ifName, uint32_t* addr);

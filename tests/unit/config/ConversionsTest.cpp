@@ -1,28 +1,28 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // What single fields make of their texts.
-#include "tests/support/Capture.h"
-#include "tests/unit/config/Sections.h"
-
 #include <arpa/inet.h>
 #include <cfloat>
 #include <cstring>
 #include <gtest/gtest.h>
 
+#include "tests/support/Capture.h"
+#include "tests/unit/config/Sections.h"
+
 namespace {
 
 TEST(Conversions, Addresses) {
-    constexpr std::uint32_t kBefore = 77;
+    constexpr uint32_t kBefore = 77;
     // clang-format off
-    const std::pair<const char*, std::uint32_t> cases[] = {
+    const std::pair<const char*, uint32_t> cases[] = {
         {"1.2.3.4", htonl(0x01020304)}, {"1.2.3.400", INADDR_NONE}, {"1..2.3", INADDR_NONE},
         {"256.1.1.1", kBefore}, {"1.99999999999999999999.1.1", kBefore}, {"1.2.3", kBefore},
         {"1.2.3.4.5", kBefore}, {"0x10", 16}, {"0XfF", 255}, {"0x123456789", 0x23456789},
-        {"0x", kBefore}, {"0x1g", kBefore}, {"42", 42}, {"-1", 0xFFFFFFFF}, {"4-2", kBefore},
+        {"0x", kBefore}, {"0x1g", kBefore}, {"42", 42}, {"2147483648", 0x80000000}, {"4294967298", 2}, {"-1", 0xFFFFFFFF}, {"4-2", kBefore},
         {"+1", kBefore}, {"", 0}, {"abc", kBefore},
     };
     // clang-format on
     for (const auto& [text, stored] : cases) {
-        std::uint32_t address = kBefore;
+        uint32_t address = kBefore;
         EXPECT_EQ(T::ParseAddress(text, &address), stored == kBefore ? -1 : 0) << text;
         EXPECT_EQ(address, stored) << text;
     }
@@ -32,11 +32,11 @@ template <typename Number>
 std::string Show(Number number) {
     return std::to_string(number);
 }
-template <std::size_t N>
+template <size_t N>
 std::string Show(const char (&text)[N]) {
     return {text, strnlen(text, N)};
 }
-template <typename Number, std::size_t N>
+template <typename Number, size_t N>
 std::string Show(const Number (&array)[N]) {
     return Show(array[0]) + " " + Show(array[1]) + " " + Show(array[2]) + " .. " +
            Show(array[N - 1]);
@@ -71,7 +71,7 @@ TEST(Conversions, Fields) {
     // clang-format off
     const Group groups[] = {
         {&T::Import_SubStream, "ucFD_Quality", FIELD(stSubStream.ucFD_Quality),
-         {{"300", "44"}, {"-1", "255"}, {"x", "0"}, {" 12abc", "12"}}},
+         {{"300", "44"}, {"-1", "255"}, {"x", "0"}, {" 12abc", "12"}, {"4294967299", "3"}}},
         {&T::Import_GSensor, "fFD_X", FIELD(stGSensor.fFD_X),
          {{"1e999", Show(FLT_MAX)}, {"-1e39", Show(-FLT_MAX)}, {"nan", Show(0.0F)}}},
         {&T::Import_GSensor, "", FIELD(stGSensor.fFD_X),
@@ -147,13 +147,13 @@ TEST(Conversions, Printed) {
 }
 
 // Created once each; the leak checker sees their release.
-TEST(ConfigTask, PoolsAndMutexesOnFirstUse) {
+TEST(ConfigTask, TablesAndMutexesOnFirstUse) {
     struct Opened : T {
-        using T::BufPool;
         using T::Mutex;
+        using T::Table;
     } task;
-    EXPECT_NE(task.BufPool(0), task.BufPool(1));
-    EXPECT_EQ(task.BufPool(0), task.BufPool(0));
+    EXPECT_NE(task.Table(0), task.Table(1));
+    EXPECT_EQ(task.Table(0), task.Table(0));
     EXPECT_EQ(task.Mutex(3), task.Mutex(3));
     EXPECT_EQ(pthread_mutex_trylock(task.Mutex(3)), 0);
     EXPECT_EQ(pthread_mutex_unlock(task.Mutex(3)), 0);

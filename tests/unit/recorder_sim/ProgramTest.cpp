@@ -21,7 +21,7 @@ public:
 
     std::string Line() {
         char line[2048] = "";
-        return fgets(line, sizeof line, m_output) != nullptr ? line : "";
+        return fgets(line, sizeof(line), m_output) != nullptr ? line : "";
     }
     int Port() {
         const std::string line = Line(), expected = "recorder_sim: listening on 127.0.0.1:";
@@ -48,16 +48,16 @@ private:
 std::pair<std::string, int> Ask(int port, const std::string& text) {
     const Descriptor fd(socket(AF_INET, SOCK_DGRAM, 0));
     const timeval limit{5, 0};
-    setsockopt(fd.Get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+    setsockopt(fd.Get(), SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof(limit));
     sockaddr_in peer{};
     peer.sin_family = AF_INET;
     peer.sin_port = htons(port);
     peer.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     auto* address = reinterpret_cast<sockaddr*>(&peer);
-    socklen_t length = sizeof peer;
+    socklen_t length = sizeof(peer);
     sendto(fd.Get(), text.data(), text.size(), 0, address, length);
     char buffer[2048];
-    const ssize_t size = recvfrom(fd.Get(), buffer, sizeof buffer, 0, address, &length);
+    const ssize_t size = recvfrom(fd.Get(), buffer, sizeof(buffer), 0, address, &length);
     return {std::string(buffer, size > 0 ? size : 0), ntohs(peer.sin_port)};
 }
 
@@ -88,6 +88,32 @@ TEST(Program, AnswersSavesAndStops) {
     EXPECT_EQ(rmdir(folder), 0) << "something was left beside the state file";
 }
 
+TEST(Program, PlaysManyEachWithItsState) {
+    char folder[] = "/tmp/recorder_sim.XXXXXX";
+    ASSERT_NE(mkdtemp(folder), nullptr);
+    const std::string file = std::string(folder) + "/{n}.xml";
+    Program program("--listen 127.0.0.1:0 --count 2 --set 'stCMS.uiFD_IP=x{n}' --state '" + file +
+                    "'");
+    const int first = program.Port(), second = program.Port();
+    EXPECT_EQ(Ask(second, kSet), std::make_pair(std::string(kDone), second));
+    EXPECT_EQ(Ask(first, "").second, first);
+    EXPECT_EQ(program.End(SIGTERM), 0);
+    for (const std::string number : {"1", "2"}) {
+        const std::string path = std::string(folder) + "/" + number + ".xml";
+        XmlNode saved;
+        std::string error;
+        ASSERT_EQ(LoadState(path, saved, error), Loaded::Yes) << error;
+        EXPECT_EQ(*saved.FindChild("stCMS")->FindAttribute("uiFD_IP"), "x" + number);
+        EXPECT_EQ(*saved.FindChild("stCMS")->FindAttribute("usFD_Port") == "4711", number == "2");
+        unlink(path.c_str());
+    }
+    EXPECT_EQ(rmdir(folder), 0);
+
+    Program spread("--listen=127.0.0.255:0 --count=2 --addresses");
+    spread.Line();
+    EXPECT_EQ(spread.Line().find("recorder_sim: listening on 127.0.1.0:"), 0u);
+}
+
 TEST(Program, AnswersLateAndFromElsewhere) {
     Program program("--listen=127.0.0.1:0 --delay=30 --wrong-port --verbose");
     const int port = program.Port();
@@ -98,9 +124,8 @@ TEST(Program, AnswersLateAndFromElsewhere) {
     EXPECT_EQ(answer, kDone);
     EXPECT_NE(from, port);
     EXPECT_GT(after.tv_sec - before.tv_sec + 1e-9 * (after.tv_nsec - before.tv_nsec), 0.029);
-    for (const char* datagram : {kSet, kDone}) {
+    for (const char* datagram : {kSet, kDone})
         EXPECT_NE(program.Line().find(std::string("] ") + datagram), std::string::npos);
-    }
 }
 
 TEST(Program, TellsInOneLineWhyItCannotStart) {
@@ -127,6 +152,9 @@ TEST(Program, TellsInOneLineWhyItCannotStart) {
         {"--listen 127.0.0.1:", 2},
         {"--verbose=1", 2},
         {"--state=", 2},
+        {"--count 0", 2},
+        {"--count 2 --state one.xml", 2},
+        {"--count 2 --listen 127.0.0.1:65535", 2},
     };
     for (const auto& c : cases) {
         Program program(c.arguments);

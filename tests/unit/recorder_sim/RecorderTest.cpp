@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "tools/recorder_sim/Recorder.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "tools/recorder_sim/State.h"
@@ -9,7 +8,6 @@
 namespace {
 
 constexpr char kNoAnswer[] = "(none)";
-constexpr char kQueried[] = "<VariCfgSec Action=\"DEVICE_QUERY\" Result=\"";
 
 Recorder Sample(Faults faults = {}) {
     return Recorder(SampleState(), std::move(faults), [](const XmlNode&) { return true; });
@@ -32,43 +30,18 @@ XmlNode SectionOf(const std::string& answer) {
 
 } // namespace
 
-TEST(Recorder, AnswersEachSectionWhole) {
-    const std::pair<const char*, long> sections[] = {
-        {"stBaseInfo", 16}, {"stDisplay", 8},     {"stVideoMirror", 3}, {"stNetWorkMode", 8},
-        {"stCMS", 4},       {"stWifi", 10},       {"stWifiAp", 5},      {"stMobileGNet", 5},
-        {"stGB28181", 15},  {"stSystemInfo", 37}, {"stVersion", 9}};
-    Recorder recorder = Sample();
-    for (const auto& [name, attributes] : sections) {
-        const std::string answer = *recorder.Answer(Query(name));
-        EXPECT_EQ(answer.find(std::string(kQueried) + "0\"><" + name), 0u) << answer;
-        EXPECT_EQ(std::count(answer.begin(), answer.end(), '='), attributes + 2) << answer;
-        EXPECT_LE(answer.size(), kMaxAnswer);
-    }
-}
-
 TEST(Recorder, GivesEveryTextBack) {
-    std::string controls;
-    for (char c = 1; c < ' '; ++c) {
-        controls += c;
-    }
-    for (const std::string& text :
-         {std::string("a\"b<c&d>e'f"), std::string("\U0001F68C \u4E2D\u6587"), std::string(31, '"'),
-          std::string("\ttab\nline\r\n"), std::string(32, ' '), std::string("&amp;&#x41;&lt;"),
-          controls + '\x7F', std::string("cut \xF0\x9F")}) {
-        Recorder recorder = Sample();
-        EXPECT_EQ(*recorder.Answer(Set("<stWifi strFD_SSID=\"" + EscapeXml(text) + "\"/>")),
-                  "<VariCfgSec Action=\"DEVICE_SET\" Result=\"0\"/>");
-        XmlNode wifi = SectionOf(*recorder.Answer(Query("stWifi")));
-        EXPECT_EQ(*wifi.FindAttribute("strFD_SSID"), text);
-        XmlNode reread;
-        std::string error;
-        ASSERT_TRUE(ParseState(ToDocument(recorder.State()), reread, error)) << error;
-        EXPECT_EQ(ToLine(reread), ToLine(recorder.State()));
-    }
+    const std::string text = "a\"b<c&d>e'f\t\n\x01\x7F \U0001F68C \xF0\x9F&amp;&#x41; ";
     Recorder recorder = Sample();
-    recorder.Answer(Set("<stWifi strFD_SSID=\"&#233;&#x1F68C;&#x4E2D;&#39; & &co; &#; &#x\"/>"));
-    EXPECT_EQ(*SectionOf(*recorder.Answer(Query("stWifi"))).FindAttribute("strFD_SSID"),
-              "\u00E9\U0001F68C\u4E2D' & &co; &#; &#x");
+    recorder.Answer(Set("<stWifi strFD_SSID=\"" + EscapeXml(text) +
+                        "\" strFD_Passwd=\"&#233;&#x1F68C;&#39; & &co; &#; &#x\"/>"));
+    XmlNode wifi = SectionOf(*recorder.Answer(Query("stWifi")));
+    EXPECT_EQ(*wifi.FindAttribute("strFD_SSID"), text);
+    EXPECT_EQ(*wifi.FindAttribute("strFD_Passwd"), "\u00E9\U0001F68C' & &co; &#; &#x");
+    XmlNode reread;
+    std::string error;
+    ASSERT_TRUE(ParseState(ToDocument(recorder.State()), reread, error)) << error;
+    EXPECT_EQ(ToLine(reread), ToLine(recorder.State()));
 }
 
 TEST(Recorder, SetChangesOnlyWhatItNames) {
@@ -97,9 +70,8 @@ TEST(Recorder, RefusesAndChangesNothing) {
     const std::string bad = "<VariCfgSec Action=\"\" Result=\"1\"/>";
     const std::string longText(kMaxRequest, 'x');
     std::string nested;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 1000; ++i)
         nested += "<a>";
-    }
     const struct {
         std::string request, answer;
     } cases[] = {
@@ -123,9 +95,8 @@ TEST(Recorder, RefusesAndChangesNothing) {
         {set + "\"0\"><stCMS usFD_Port=\"1\"/></VariCfgSec>", kNoAnswer},
     };
     Recorder recorder = Sample();
-    for (const auto& c : cases) {
+    for (const auto& c : cases)
         EXPECT_EQ(recorder.Answer(c.request).value_or(kNoAnswer), c.answer) << c.request;
-    }
     EXPECT_EQ(ToLine(recorder.State()), ToLine(SampleState()));
 
     Recorder unstored(SampleState(), {}, [](const XmlNode&) { return false; });

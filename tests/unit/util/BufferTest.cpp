@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: GPL-2.0-only
+#include <algorithm>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+#include <thread>
+#include <tuple>
+#include <vector>
+
 #include "CBB/Util/BufPool.h"
 #include "CBB/Util/HexText.h"
 #include "CBB/Util/KvTable.h"
 #include "CBB/Util/Md5.h"
 #include "tests/support/Capture.h"
-
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cstdlib>
-#include <string>
-#include <thread>
-#include <tuple>
-#include <vector>
 
 namespace {
 
@@ -110,10 +109,9 @@ TEST(KvTable, PutRemoveDumpAndKeys) {
     EXPECT_EQ(0x10fe9fU, KvHash("\xff\xff\xef\xaf", 0x7FFFFFFF)); // bytes, not signed chars
     KvTable* table = KvCreate();
     // "b" + 0x12 and "c" + 0x02 hash alike: one chain.
-    for (const char* key : {"b\x12", "a", "c\x02", "a", "~", "\x7f"}) {
+    for (const char* key : {"b\x12", "a", "c\x02", "a", "~", "\x7f"})
         for (const char* value : {"old", key})
             KvPut(&table->chains[KvHash(key, 4096)], KvNodeCreate(key, value), &table->count);
-    }
     EXPECT_EQ("[97]: a=a\n[126]: ~=~\n[127]: \x7f=\x7f\n[1586]: b\x12=b\x12,c\x02=c\x02\n",
               Capture([table] { EXPECT_EQ(0, KvDump(table)); }).out);
     KvRemove(&table->chains[1586], "b\x12", &table->count);
@@ -123,8 +121,8 @@ TEST(KvTable, PutRemoveDumpAndKeys) {
     EXPECT_EQ((Texts{"a", "c\x02", "~", "\x7f"}), Texts(keys, keys + n));
     const char** missing = KvKeysNotIn(keys, 3, keys + 2, 2, &count);
     EXPECT_EQ((Texts{"\x7f"}), Texts(missing, missing + count));
-    std::free(keys);
-    std::free(missing);
+    free(keys);
+    free(missing);
     EXPECT_EQ(0, KvDestroy(table));
 }
 

@@ -1,20 +1,22 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/Util/DebugPrint.h"
-#include "CBB/Util/HexDump.h"
-#include "CBB/Util/Logger.h"
-#include "CBB/WebCtrl/PrintLine.h"
-#include "tests/support/Capture.h"
-
-#include <arpa/inet.h>
-#include <gtest/gtest.h>
+#include "CBB/Util/Console.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <sstream>
+#include <string_view>
 #include <thread>
+#include <unistd.h>
+
+#include "CBB/Util/DebugPrint.h"
+#include "CBB/Util/HexDump.h"
+#include "CBB/Util/Logger.h"
+#include "CBB/Util/Printable.h"
+#include "tests/support/Capture.h"
 
 namespace {
 
@@ -50,19 +52,69 @@ TEST(DebugPrint, IsCutAndCanBeSilenced) {
     EXPECT_EQ("Debug[0]-enable=1\n", Capture(DebugMoreVerbose).out);
 }
 
-TEST(PrintLine, PutsItsPiecesTogether) {
-    const char* const name = "eth0";
-    const unsigned char flag = 255;
-    const auto print = [&] {
-        PrintLine("if:", name, ", ", Ipv4{htonl(0xC0A83202)}, "/", -1, " ", flag, " 0x",
-                  Hex{0xC0A8FF0}, std::string(), ".\n");
-        PrintLine(Ipv4{0}, "\n");
+TEST(Console, LosesLinesThatNobodyReads) {
+    const auto read = [](int fd) {
+        std::string text(1 << 20, '\0');
+        const ssize_t size = ::read(fd, text.data(), text.size());
+        return text.substr(0, size < 0 ? 0 : static_cast<size_t>(size));
     };
-    EXPECT_EQ("if:eth0, 192.168.50.2/-1 255 0xc0a8ff0.\n0.0.0.0\n", Capture(print).out);
+    for (const bool own : {false, true}) {
+        EXPECT_EQ(0, RunInChild([&] {
+                      alarm(10);
+                      int ends[2];
+                      if (pipe(ends) != 0 || dup2(ends[1], STDOUT_FILENO) < 0 ||
+                          close(ends[1]) != 0)
+                          return 1;
+                      if (own)
+                          OpenConsole();
+                      const std::string line = std::string(999, 'x') + "\n";
+                      for (int i = 0; i < 100; ++i)
+                          ConsoleWrite(line);
+                      const auto kept = read(ends[0]).size() / line.size();
+                      {
+                          const ConsoleBatch batch;
+                          ConsoleWrite("a\n");
+                          ConsoleWrite("b\n");
+                      }
+                      if (read(ends[0]) != "webctrl: " + std::to_string(100 - kept) +
+                                               " lines could not be printed\na\nb\n")
+                          return 2;
+                      close(ends[0]);
+                      if (own)
+                          ConsoleWrite(line);
+                      return 0;
+                  }))
+            << own;
+    }
+}
 
-    const std::string text(1270, 'x');
-    const auto fill = [&] { PrintLine(text, "1234567", 255, Hex{255}, 6, text, 7); };
-    EXPECT_EQ(text + "1234567" + "ff", Capture(fill).out);
+TEST(Printable, ShowsNoControlCharactersAndNoSecrets) {
+    using namespace std::literals;
+    const struct {
+        std::string_view text;
+        const char* shown;
+        const char* masked;
+    } cases[] = {
+        {"a\nb\r\t\x1b[31m\0\x7f\\"sv, "a\\x0ab\\x0d\\x09\\x1b[31m\\x00\\x7f\\", nullptr},
+        {"\xe4\xbd\xa0 \xc3\x9f \x9b \xc2\x9b", "\xe4\xbd\xa0 \xc3\x9f \\x9b \\xc2\\x9b", nullptr},
+        {"<a b=\"1\" strFD_Passwd=\"x'y\" c='2'/>", nullptr,
+         "<a b=\"1\" strFD_Passwd=\"***\" c='2'/>"},
+        {"strFD_UserPasswd = 'x\"=y' z", nullptr, "strFD_UserPasswd = '***' z"},
+        {"<a WPAKEY=x/&=y>", nullptr, "<a WPAKEY=***>"},
+        {"strFD_DevicePass=\"cut off", nullptr, "strFD_DevicePass=\"***"},
+        {"id='=' strFD_Passwd=\"\"", nullptr, "id='=' strFD_Passwd=\"***\""},
+        {"id='a strFD_Passwd=\"' strFD_Passwd=\"x\"", nullptr, "id='***' strFD_Passwd=\"***\""},
+        {"id=\"q\" z='\" strFD_Passwd=\"x\"", nullptr, "id=\"q\" z='***"},
+        {"monkey pass", nullptr, nullptr},
+        {"=", nullptr, nullptr},
+    };
+    for (const auto& each : cases) {
+        const std::string shown = each.shown ? each.shown : std::string(each.text);
+        EXPECT_EQ(shown, Printable(each.text));
+        MaskSecrets(true);
+        EXPECT_EQ(each.masked ? each.masked : shown, Printable(each.text));
+        MaskSecrets(false);
+    }
 }
 
 class LoggerTest : public testing::Test {

@@ -49,6 +49,10 @@ TEST_F(Net, InterfaceIsReadAndChanged) {
     EXPECT_EQ(Found(GetIfAddr, "eth0"), "0 192.168.50.2");
     EXPECT_EQ(Found(GetIfAddr, "eth7"), "-1 0.0.0.7");
     EXPECT_EQ(Found(GetIfNetmask, nullptr), "-2 0.0.0.7");
+    const Captured told = Capture([] { GetDstAddrRouteIfAddr(Ip("192.168.50.9")); });
+    EXPECT_NE(told.out.find("1134"), std::string::npos) << told.out;
+    char name[12] = "";
+    EXPECT_EQ(GetRouteIfName("203.0.113.1", name), -1);
     EXPECT_EQ(SetIfAddr("eth7", 1), -1);
     EXPECT_EQ(SetIfNetmask(nullptr, 1), -2);
     EXPECT_EQ(Told([&] { return SetMacAddress("eth7", mac); }),
@@ -56,6 +60,7 @@ TEST_F(Net, InterfaceIsReadAndChanged) {
     EXPECT_EQ(Told([&] { return SetMacAddress("eth0", multicast); }),
               "-1 SetMacAddress call ioctl failed(Cannot assign requested address)");
     EXPECT_EQ(SetMacAddress("eth0", mac), 0);
+    Shell("ip link show eth0 | grep -q MULTICAST");
     EXPECT_EQ(SetIfAddr("eth0", Ip("172.16.3.4")), 0);
     EXPECT_EQ(SetIfNetmask("eth0", Ip("255.255.255.128")), 0);
     Shell("ip link show eth0 | grep -q '<.*[<,]UP[,>]' && ip route add default via 172.16.3.1");
@@ -65,6 +70,8 @@ TEST_F(Net, InterfaceIsReadAndChanged) {
     EXPECT_EQ(info.uiNetmask, Ip("255.255.255.128"));
     EXPECT_EQ(info.uiGateway, Ip("172.16.3.1"));
     EXPECT_EQ(memcmp(info.ucMac, mac, 6), 0);
+    EXPECT_EQ(GetIfInfo("eth7", &info), 0);
+    EXPECT_EQ(info.uiAddr, 0U) << "what was there before is gone";
 }
 
 std::string DefaultRoutes(int capacity) {

@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/OtherFun.h"
-#include "tests/support/Capture.h"
 
-#include <gtest/gtest.h>
-
+#include <algorithm>
 #include <arpa/inet.h>
+#include <climits>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <limits>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <tuple>
 #include <unistd.h>
 
-#include <algorithm>
-#include <climits>
-#include <csignal>
-#include <limits>
-#include <tuple>
+#include "tests/support/Capture.h"
 
 namespace {
 
@@ -159,6 +158,8 @@ TEST(FileFun, WholeFiles) {
     EXPECT_EQ(FileSize(file), static_cast<int64_t>(size));
     std::replace_if(text, text + size, isdigit, '0');
     EXPECT_STREQ("new\r\n[00/00/00 00:00:00]:mor", text);
+    WriteWholeFile("x", -1, file);
+    EXPECT_EQ(0, FileSize(file));
     unlink(file);
     const auto fail = [&text] {
         EXPECT_EQ(-2, ReplaceContentFile("/", "x") + WriteWholeFile("xy", 2, "/"));

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "CBB/Util/MyPing.h"
-
 #include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sched.h>
 #include <unistd.h>
 
+#include "CBB/Util/MyPing.h"
 #include "tests/support/Capture.h"
 #include "tests/support/Sandbox.h"
 
@@ -61,13 +60,16 @@ TEST(Ping, ReportTellsWhetherTheHostAnswers) {
     }
 }
 
-TEST(Ping, MalformedRepliesAreRejected) {
+TEST(Ping, CountsOnlyTheReplyToItsRequest) {
     const std::string tooShort = "ICMP packets's length is less than 8";
-    const auto parse = [](int length, unsigned char header) {
+    // Of a ping that sent nothing: all that a reply has to repeat is 0.
+    const auto parse = [](int length, unsigned char header, size_t differs = 0) {
         // Of exactly that size, so that a read past the end is found.
         const auto bytes = std::make_unique<unsigned char[]>(static_cast<size_t>(length));
-        if (length > 0)
+        if (length > 0) {
+            bytes[differs] = 1;
             bytes[0] = header;
+        }
         CMyPing ping;
         return Capture([&] { ping.ParseReply(bytes.get(), length); }).out.substr(0, 36);
     };
@@ -78,6 +80,8 @@ TEST(Ping, MalformedRepliesAreRejected) {
     EXPECT_EQ(parse(35, 0x45), "");
     EXPECT_EQ(parse(36, 0x45), "16 byte from 0.0.0.0: icmp_seq=0 ttl");
     EXPECT_EQ(parse(16, 0x00), "16 byte from 0.0.0.0: icmp_seq=0 ttl");
+    for (const size_t differs : {12, 15, 20, 25, 27, 28, 35}) // address, type, request, time
+        EXPECT_EQ(parse(36, 0x45, differs), "") << differs;
 }
 
 TEST(Ping, Checksum) {

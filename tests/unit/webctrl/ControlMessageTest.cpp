@@ -93,14 +93,25 @@ TEST(ControlMessage, GivesTheParserNoTextThatNestsDeeply) {
     } cases[] = {
         {nested(16), true},
         {nested(17), false},
+        {nested(16).insert(48, "<a/>"), false},
         {repeated("<a/>", 100), true},
         {repeated("<a x='/>'></a>", 40), true},
         {repeated("<a x=\"<b><c>\"/>", 40), true},
         {repeated("<!-- x -->", 40), true},
         {repeated("<?y?></stray>", 40), true},
         {repeated("<a/>", 128), false},
-        // Markup that hides from a reader which takes comments at their word, but not from a count.
-        {"<?xml version=\"><!--\"?>" + nested(200) + "-->", false},
+        {repeated("<!-- <a> -->", 300) + repeated("<![CDATA[<a><a>]]>", 40), true},
+        {"<!-- ' -->" + nested(17), false},
+        {"<r><![CDATA[ \" ]]>" + nested(16) + "</r>", false},
+        {repeated("</a>", 20) + "</a></a>" + nested(17), false},
+        {"<!DOCTYPE a '>" + nested(17), false},
+        {"<2 '>" + nested(17), false},
+        {"<?xml version=\"1.0\" encoding='x'?>" + nested(16) + nested(16), true},
+        // A reader that takes one of these for a comment, or for an open quote, misses what is
+        // nested.
+        {"<?xml version=\"><!--\"?>" + nested(17) + "-->", false},
+        {"<?xml x\" version=\"?><!--\"?>" + nested(17) + "-->", false},
+        {"<?xml x='?>" + nested(17) + "'?>", false},
     };
     for (const auto& each : cases)
         EXPECT_EQ(IsShallowXml(each.text.c_str()), each.shallow) << each.text;

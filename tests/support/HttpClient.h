@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#pragma once
+
+// An HTTP/1.1 client that shows what came byte for byte.
+
+#include <string>
+#include <vector>
+
+struct Answer {
+    std::string head;                // status line and headers, with the empty line
+    std::vector<std::string> chunks; // of a chunked body, without the empty one that ends it
+    std::string body;                // of either kind of body
+    double seconds = 0;              // from the request's last byte to the answer's last
+};
+
+class HttpClient {
+public:
+    // Connects to 127.0.0.1; fails the test when nobody listens.
+    explicit HttpClient(int port = 80);
+    ~HttpClient();
+    HttpClient(const HttpClient&) = delete;
+    HttpClient& operator=(const HttpClient&) = delete;
+
+    // A server that has closed takes nothing; the rest is lost.
+    void Send(const std::string& bytes);
+    // Closes this side: nothing more is sent.
+    void EndInput();
+    // Reads one answer; fails the test when none is complete within `timeoutSeconds`. The answer to
+    // a HEAD has no body.
+    Answer Read(int timeoutSeconds = 20, bool hasBody = true);
+    // Whether the server closes the connection within that time and sends nothing more.
+    bool ClosedWithin(int timeoutSeconds);
+
+private:
+    bool Fill(int timeoutMs);
+
+    int m_sock = -1;
+    std::string m_received;
+};
+
+// The bytes of a request: GET without a body, POST with one.
+std::string Request(const std::string& path, const std::string& body = "",
+                    const std::string& headers = "");

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "tests/support/Recorder.h"
+
+#include <arpa/inet.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+// The control socket is bound to eth0's address.
+constexpr char kDaemonIp[] = "192.168.50.2";
+constexpr int kDaemonPort = 4999;
+constexpr int kWaitMs = 5000;
+
+sockaddr_in Loopback(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
+} // namespace
+
+Recorder::Recorder(int port)
+    : m_sock(socket(AF_INET, SOCK_DGRAM, 0)), m_peer(Loopback(kDaemonPort)) {
+    const sockaddr_in own = Loopback(port);
+    EXPECT_EQ(bind(m_sock, reinterpret_cast<const sockaddr*>(&own), sizeof(own)), 0);
+    m_peer.sin_addr.s_addr = inet_addr(kDaemonIp);
+}
+
+Recorder::~Recorder() {
+    close(m_sock);
+}
+
+std::string Recorder::Receive() {
+    pollfd waited{m_sock, POLLIN, 0};
+    if (poll(&waited, 1, kWaitMs) != 1) {
+        ADD_FAILURE() << "no datagram came";
+        return "";
+    }
+    char buffer[4096];
+    sockaddr_in source{};
+    socklen_t length = sizeof(source);
+    const ssize_t received =
+        recvfrom(m_sock, buffer, sizeof(buffer), 0, reinterpret_cast<sockaddr*>(&source), &length);
+    EXPECT_STREQ(inet_ntoa(source.sin_addr), kDaemonIp);
+    EXPECT_EQ(ntohs(source.sin_port), kDaemonPort);
+    m_peer = source;
+    return std::string(buffer, received > 0 ? static_cast<size_t>(received) : 0);
+}
+
+bool Recorder::HasMore(int timeoutMs) {
+    pollfd waited{m_sock, POLLIN, 0};
+    return poll(&waited, 1, timeoutMs) == 1;
+}
+
+void Recorder::Reply(const std::string& text) {
+    EXPECT_EQ(sendto(m_sock, text.data(), text.size(), 0,
+                     reinterpret_cast<const sockaddr*>(&m_peer), sizeof(m_peer)),
+              static_cast<ssize_t>(text.size()));
+}
+
+Answer Exchange(Recorder& recorder, const std::string& path, const std::string& body,
+                const std::vector<std::string>& replies, std::vector<std::string>* datagrams) {
+    HttpClient client;
+    client.Send(Request(path, body));
+    for (const std::string& reply : replies) {
+        const std::string datagram = recorder.Receive();
+        if (datagrams != nullptr)
+            datagrams->push_back(datagram);
+        recorder.Reply(reply);
+    }
+    const Answer answer = client.Read();
+    EXPECT_FALSE(recorder.HasMore()) << path << ": more exchanges than replies";
+    return answer;
+}
+
+std::string QueryMessage(const std::string& element) {
+    return "<VariCfgSec Action=\"DEVICE_QUERY\"><" + element + "></VariCfgSec>";
+}
+
+std::string SetMessage(const std::string& element) {
+    return "<VariCfgSec Action=\"DEVICE_SET\">" + element + "</VariCfgSec>";
+}
+
+std::string QueryReply(const std::string& section) {
+    return "<VariCfgSec Action=\"DEVICE_QUERY\" Result=\"0\">" + section + "</VariCfgSec>";
+}
+
+std::string SetReply(int result) {
+    return "<VariCfgSec Action=\"DEVICE_SET\" Result=\"" + std::to_string(result) + "\"/>";
+}

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#pragma once
+
+// The recorder's main application as a script: the test receives each datagram and answers it.
+
+#include <netinet/in.h>
+#include <string>
+#include <vector>
+
+#include "tests/support/HttpClient.h"
+
+class Recorder {
+public:
+    // Binds 127.0.0.1 at `port`.
+    explicit Recorder(int port = 6000);
+    ~Recorder();
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+
+    // The next datagram; fails the test when none comes within 5 s.
+    std::string Receive();
+    // Whether a datagram waits, or comes within `timeoutMs`.
+    bool HasMore(int timeoutMs = 0);
+    // Sends to the sender of the last datagram; before the first one, to the daemon's port.
+    void Reply(const std::string& text);
+
+private:
+    int m_sock = -1;
+    sockaddr_in m_peer;
+};
+
+// Sends one request and plays the recorder's part: receives a datagram for each of `replies` and
+// sends the reply. The datagrams go to `*datagrams`.
+Answer Exchange(Recorder& recorder, const std::string& path, const std::string& body,
+                const std::vector<std::string>& replies,
+                std::vector<std::string>* datagrams = nullptr);
+
+// The datagrams that ask for an element and write one.
+std::string QueryMessage(const std::string& element);
+std::string SetMessage(const std::string& element);
+// `<VariCfgSec Action="DEVICE_QUERY" Result="0">SECTION</VariCfgSec>`
+std::string QueryReply(const std::string& section);
+// `<VariCfgSec Action="DEVICE_SET" Result="RESULT"/>`
+std::string SetReply(int result);
