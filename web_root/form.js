@@ -1,87 +1,75 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The form of a group: shows what the recorder holds, keeps edits apart from it, saves and tells the result.
 
+import { pause } from "./api.js";
 import { CONTROLS, inWords, mirrorPicture } from "./controls.js";
-import { badge, chooseLanguage, followLanguage, h, icon, onLink, pause, setText, tr } from "./core.js";
-import { groups } from "./schema.js";
-import { PHONE, problem, read, readBack, ticked, write } from "./settings.js";
+import { badge, h, readyToWrite, request, setText, stranger, tr } from "./core.js";
+import { read, readBack, save } from "./exchange.js";
+import { confirmWrite, isDone, RECONNECT_S, resultNodes, TROUBLES, wayBack } from "./questions.js";
+import {
+  clockOf,
+  doubts,
+  laidOver,
+  lockReason,
+  OWN_TIME,
+  ownClock,
+  problem,
+  problems,
+  ticked,
+} from "./settings.js";
 
-const RECONNECT_S = 90;
 const RECONNECT_EVERY_MS = 3000;
 
-// ---- before and after a change that may take the phone off the network
+const zoneText = (hours) => `UTC${hours < 0 ? "−" : "+"}${Math.abs(hours)}`;
 
-/** What happens next and how to come back, in sentences; for the question before and the wait after. */
-export function wayBack(group, values) {
-  const network = group.id === "WifiInfo" ? values.strFD_SSID : "";
-  const accessPoint = values.ucFD_WorkMode === "2";
+/** Why a clock set from this device would not stay or look right, in sentences. */
+function clockNotes(values) {
+  const own = -new Date().getTimezoneOffset() / 60;
+  const code = Number(values.ucFD_TimeZone);
+  const zone = code > 127 ? code - 256 : code;
+  const [here, there] = [zoneText(own), zoneText(zone)];
   return [
-    !network && tr("录像机的网络可能中断片刻。", "The recorder's network may be away for a moment."),
-    network && h("span", {}, accessPoint ? tr("请让手机连接录像机的热点：", "Connect this phone to the recorder's own network: ")
-      : tr("录像机将加入此网络，请让手机也连接：", "The recorder joins this network; connect this phone to it too: "),
-    h("strong", {}, h("bdi", {}, network))),
-    network && accessPoint && tr("如果列表中是另一个名称，说明录像机保留了已存的热点设置，请连接那一个。",
-      "If the list shows another name, the recorder kept its stored one: connect to that."),
-    h("span", {}, tr("然后打开地址：", "Then open: "), h("strong", {}, `${location.origin}/`)),
-    network && !accessPoint && tr("若该网络分配了新地址，请在其路由器中查看。",
-      "If that network gives it a new address, its router shows which."),
-  ].filter(Boolean).map((sentence) => h("p", {}, sentence));
+    tr(`本设备的时区是 ${here}。`, `This device is in ${here}.`),
+    zone !== own &&
+      tr(`录像机的时区是 ${there}：请先核对。`, `The recorder's time zone is ${there}: check it first.`),
+    values.ucFD_GpsSTFlag === "1" &&
+      tr("GPS 校时已开启，会再次改动时钟。", "GPS sets the clock too, and will move it again."),
+  ].filter(Boolean);
 }
 
-/** Asks in a modal dialog; resolves to whether to go on. */
-export function confirmLoss(sentences) {
-  return new Promise((answer) => {
-    const dialog = h("dialog", { "aria-labelledby": "loss-title", onclose: () => {
-      dialog.remove();
-      answer(dialog.returnValue === "go");
-    } },
-    h("h2", { id: "loss-title" }, icon("warn"), tr("手机可能与录像机断开", "This phone may lose the recorder")),
-    sentences,
-    h("p", {}, tr(`保存后页面会持续尝试重新连接（先倒计时 ${RECONNECT_S} 秒）。`,
-      `After saving, the page keeps trying to reach it, with a countdown of ${RECONNECT_S} s.`)),
-    h("div", { class: "buttons" },
-      h("button", { type: "button", onclick: () => dialog.close() }, tr("取消", "Cancel")),
-      h("button", { type: "button", class: "primary", onclick: () => dialog.close("go") }, tr("仍然保存", "Save anyway"))));
-    document.body.append(dialog);
-    dialog.showModal();
-  });
-}
-
-// ---- the result, in words
-
-export const OUTCOMES = {
-  saved: () => ["ok", tr("已保存，录像机已确认。", "Saved; read back from the recorder.")],
-  kept: () => ["warn", tr("录像机保留的是：", "The recorder kept:")],
-  silent: () => ["warn", tr("录像机没有应答，不确定是否已保存。", "No answer from the recorder; it is not known what was saved.")],
-  gone: () => ["warn", tr("没有应答：与录像机的连接已断开，不确定是否已保存。",
-    "No answer: the connection to the recorder is lost; it is not known what was saved.")],
-  invalid: (count) => ["warn", tr(`有 ${count} 项需要改正，未发送任何内容。`, `${count} to correct; nothing was sent.`)],
-};
-
-/** The nodes that tell a result of settings.write(). */
-export const resultNodes = ({ outcome, kept = [], invalid }) => [
-  badge(...OUTCOMES[outcome](invalid)),
-  kept.length ? h("ul", {}, kept.map(([field, value]) =>
-    h("li", {}, `${tr(...field.label)} = `, h("bdi", {}, inWords(field, value))))) : "",
-];
-
-// ---- one group
-
-class Form {
-  base = null; // the values as last read
-  edits = new Map();
+export class Form {
+  base = null; // the values as last read; {} while they are filled in unread
+  edits = new Map(); // name -> value
+  origins = new Map(); // name -> the value that was seen when the edit began
   phase = ""; // "", "sending", "checking" or "waiting"
-  result = null; // as of settings.write(), or {outcome: "invalid"}
+  result = null; // as of exchange.save()
+  reading = null; // the last one
   retried = false; // after a reading that failed alone
+  unsure = {}; // what a write that was not read back may have left
 
-  constructor(group) {
+  /** `hooks`: changed(form) on every edit, saved(form, result), mayNot() the reason why it is read-only. */
+  constructor(group, hooks) {
     this.group = group;
     this.id = group.id;
-    this.clock = group.fields.find(({ kind }) => kind === "clock");
+    this.hooks = hooks;
+    this.clock = clockOf(group);
   }
 
   get values() {
-    return { ...this.base, ...(this.clock && { [this.clock.name]: undefined }), ...Object.fromEntries(this.edits) };
+    return laidOver(this.group, this.base, Object.fromEntries(this.edits));
+  }
+
+  /** The edits that a save would send. */
+  get edited() {
+    const { values } = this;
+    const free = this.group.fields.filter(
+      (field) => this.edits.has(field.name) && !lockReason(field, values),
+    );
+    return Object.fromEntries(free.map(({ name }) => [name, this.edits.get(name)]));
+  }
+
+  get seen() {
+    return { ...this.base, ...Object.fromEntries(this.origins) };
   }
 
   get busy() {
@@ -90,51 +78,109 @@ class Form {
 
   // -- reading
 
-  async load() {
-    if (this.loading || this.busy) return;
-    this.loading = true;
+  async load(anew = false) {
+    if (this.loading || this.busy || stranger) return;
+    const abort = new AbortController();
+    this.loading = abort;
     this.refresh();
-    const now = await read(this.group);
-    this.loading = false;
-    this.last = now;
+    const known = anew ? undefined : (this.base ?? undefined);
+    const now = await read(request, this.group, { known, signal: abort.signal });
+    if (this.loading !== abort) return; // left meanwhile, or begun anew
+    this.loading = null;
+    this.reading = now;
     if (now.ok) this.retried = false;
-    if (now.ok && !this.busy) this.take(now);
+    if (now.ok && !this.busy && !stranger) this.take(now);
     else this.refresh();
+  }
+
+  /** Nobody looks at it any more: a reading that has not begun is not worth it. */
+  leave() {
+    this.loading?.abort();
+    this.loading = null;
   }
 
   /** Takes what was read as the base; an edit that it has caught up with is none any more. */
   take({ values, at }) {
-    const first = !this.base;
+    const { group, base } = this;
+    if (base && group.side && group.side(base) !== group.side(values)) this.keepSide(base);
     this.base = values;
     this.at = at;
-    for (const [name, value] of this.edits) if (value === values[name]) this.edits.delete(name);
-    if (!first) {
-      this.refresh();
-      return;
+    for (const [name, value] of this.edits) {
+      if (value === values[name]) this.drop(name);
+      // One's own write that has arrived late is nobody else's change.
+      else if (values[name] === this.unsure[name]) this.origins.set(name, values[name]);
     }
+    if (!base || Object.keys(base).length === 0) this.fill();
+    else this.refresh();
+  }
+
+  /** Edits made on the other side's values mean that side: its choice becomes an edit to decide about. */
+  keepSide(base) {
+    const decider = this.group.fields.find(({ decides }) => decides);
+    if (
+      this.edits.has(decider.name) ||
+      !this.group.fields.some(({ sided, name }) => sided && this.edits.has(name))
+    )
+      return;
+    this.edits.set(decider.name, base[decider.name]);
+    this.origins.set(decider.name, base[decider.name]);
+  }
+
+  drop(name) {
+    this.edits.delete(name);
+    this.origins.delete(name);
+  }
+
+  /** Forgets the recorder's values, for another recorder's; edits stay until they are dropped. */
+  forget() {
+    this.leave();
+    Object.assign(this, { base: null, result: null, reading: null });
     this.fill();
-    if (location.hash.endsWith(`/${this.id}`)) this.card.scrollIntoView();
+    this.tell();
   }
 
   // -- drawing
 
   draw() {
     this.body = h("div", { class: "fields" });
+    this.note = h("div", { class: "note" });
     this.live = h("div", { class: "result", role: "status", tabindex: "-1" });
     this.timer = h("p", { class: "help", role: "timer" });
     this.count = h("span", { class: "count" });
     this.progress = h("progress", { "aria-label": tr("正在保存", "Saving") });
-    this.revertButton = h("button", { type: "button", onclick: () => this.revert() }, tr("还原", "Revert"));
-    this.saveButton = h("button", { type: "submit", class: "primary" });
-    this.footer = h("div", { class: "footer" }, this.progress, this.count, this.revertButton, this.saveButton);
     const title = tr(...this.group.title);
-    this.card = h("form", { class: "card", id: this.id, novalidate: true, autocomplete: "off", "aria-label": title,
-      onsubmit: (event) => {
-        event.preventDefault();
-        this.save();
-      } },
-    h("h2", {}, title), this.group.intro && h("p", { class: "help" }, tr(...this.group.intro)),
-    this.body, this.live, this.timer, this.footer);
+    const of = (word) => `${word}: ${title}`;
+    this.revertButton = h("button", { type: "button", onclick: () => this.revert() }, "");
+    this.saveButton = h("button", { type: "submit", class: "primary" });
+    this.nameButtons = () => {
+      for (const button of [this.revertButton, this.saveButton])
+        button.setAttribute("aria-label", of(button.textContent));
+    };
+    this.footer = h(
+      "div",
+      { class: "footer" },
+      this.progress,
+      this.count,
+      this.revertButton,
+      this.saveButton,
+    );
+    const submit = (event) => {
+      event.preventDefault();
+      this.save();
+    };
+    const attributes = { novalidate: true, autocomplete: "off", "aria-label": title, onsubmit: submit };
+    this.card = h(
+      "form",
+      { class: "card", id: this.id, ...attributes },
+      h("h2", {}, title),
+      this.group.intro && h("p", { class: "help" }, tr(...this.group.intro)),
+      this.note,
+      this.body,
+      this.live,
+      this.timer,
+      this.footer,
+    );
+    if (this.result && isDone(this.result)) this.result = null; // of an earlier visit
     this.fill();
     this.tell();
     return this.card;
@@ -143,10 +189,13 @@ class Form {
   fill() {
     this.rows = new Map();
     this.picture = null;
+    if (!this.card) return;
     if (this.base) {
       const rows = this.group.fields.map((field) => this.row(field));
       if (this.group.picture) this.picture = mirrorPicture();
-      this.body.replaceChildren(...[this.picture, ...rows, this.clock && this.clockButton()].filter(Boolean));
+      this.body.replaceChildren(
+        ...[this.picture, ...rows, ...(this.clock ? this.clockButton() : [])].filter(Boolean),
+      );
     }
     this.refresh();
   }
@@ -154,69 +203,146 @@ class Form {
   row(field) {
     const id = `${this.id}-${field.name}`;
     const error = h("p", { class: "error", id: `${id}-error` });
-    const control = CONTROLS[field.kind](field, { id, "aria-describedby": `${id}-help ${id}-error` }, (value) => this.edit(field, value));
+    const clash = h("div", { class: "clash", role: "group" });
+    const help = h("p", { class: "help", id: `${id}-help` });
+    const unknown = this.base[field.name] === undefined;
+    // A switch has no way to stand for "not known".
+    const kind = field.kind === "flag" && (unknown || field.coded) ? "choice" : field.kind;
+    const control = CONTROLS[kind](
+      field,
+      { id, "aria-describedby": `${id}-help ${id}-error`, "aria-required": unknown && "true" },
+      (value) => this.edit(field, value),
+    );
     const left = ({ relatedTarget }) => {
       if (row.contains(relatedTarget)) return;
-      if (this.edits.has(field.name)) this.mark(field.name, problem(field, this.values[field.name], this.values));
+      if (this.edits.has(field.name))
+        this.mark(field.name, problem(field, this.values[field.name], this.values));
       this.refresh();
     };
-    const row = h("div", { class: `row ${field.kind}`, onfocusout: left },
-      h("label", { for: id }, tr(...field.label), h("span", { class: "mark" }, tr("已更改", "changed"))), control.node,
-      h("p", { class: "help", id: `${id}-help` }, field.help ? tr(...field.help) : ""), error);
-    this.rows.set(field.name, { ...control, field, error, row });
+    const mark = h("span", { class: "mark" }, tr("已更改", "changed"));
+    const row = h(
+      "div",
+      { class: `row ${kind}`, onfocusout: left },
+      h("label", { for: id }, tr(...field.label), mark),
+      control.node,
+      help,
+      error,
+      clash,
+    );
+    this.rows.set(field.name, { ...control, field, error, clash, help, row });
     control.show(this.shown(field));
     return row;
   }
 
   clockButton() {
-    return h("button", { type: "button", class: "wide", onclick: () => this.save(true) },
-      tr("用本手机的时间设置时钟", "Set the clock from this phone"));
+    const set = () => {
+      if (this.base[this.clock.name] !== undefined) return this.save({ [this.clock.name]: OWN_TIME });
+      this.edit(this.clock, ownClock());
+      return this.rows.get(this.clock.name).show(this.edits.get(this.clock.name));
+    };
+    this.clockNote = h("p", { class: "help", id: `${this.id}-clock-note` });
+    const name = tr("用本设备的时间设置时钟", "Set the clock from this device");
+    const attributes = { type: "button", class: "wide", "aria-describedby": this.clockNote.id, onclick: set };
+    return [h("button", attributes, name), this.clockNote];
   }
 
   /** Brings the card up to the state; what has the focus is left alone, and so are edits. */
   refresh() {
     if (!this.card) return;
+    this.drawNote();
     if (!this.base) this.drawUnread();
-    const { values } = this;
-    for (const [name, { field, show, row, error }] of this.rows) {
-      const edited = this.edits.has(name);
-      row.classList.toggle("edited", edited);
-      if (!edited && !row.contains(document.activeElement)) show(this.shown(field));
-      if (error.textContent) this.mark(name, problem(field, values[name], values));
-    }
-    if (this.picture) {
-      this.picture.classList.toggle("left-right", values.strFD_LeftRight === "1");
-      this.picture.classList.toggle("up-down", values.strFD_UpDown === "1");
-    }
-    const steps = { sending: tr("正在发送…", "Sending…"), checking: tr("正在核对…", "Reading back…"), waiting: tr("正在重新连接…", "Reconnecting…") };
+    else this.refreshRows();
+    const steps = {
+      sending: tr("正在发送…", "Sending…"),
+      checking: tr("正在核对…", "Reading back…"),
+      waiting: tr("正在重新连接…", "Reconnecting…"),
+    };
+    const count = this.base ? Object.keys(this.edited).length : this.edits.size;
+    const waiting = this.phase === "waiting";
     this.card.setAttribute("aria-busy", String(this.busy));
-    this.body.inert = this.busy;
-    this.footer.hidden = !this.busy && this.edits.size === 0;
+    this.body.inert = this.busy || Boolean(this.hooks.mayNot());
+    this.footer.hidden = !this.busy && (count === 0 || !this.base);
     this.progress.hidden = !this.busy;
-    setText(this.count, steps[this.phase] ?? tr(`${this.edits.size} 项更改`, `${this.edits.size} changed`));
-    setText(this.revertButton, this.phase === "waiting" ? tr("停止等待", "Stop waiting") : tr("还原", "Revert"));
-    this.revertButton.hidden = this.busy && this.phase !== "waiting";
-    this.saveButton.hidden = this.phase === "waiting";
+    setText(this.count, steps[this.phase] ?? tr(`${count} 项更改`, `${count} changed`));
+    setText(this.revertButton, waiting ? tr("停止等待", "Stop waiting") : tr("还原", "Revert"));
+    this.revertButton.hidden = this.busy && !waiting;
+    this.saveButton.hidden = waiting;
     setText(this.saveButton, this.busy ? tr("请稍候", "Please wait") : tr("保存", "Save"));
     this.saveButton.setAttribute("aria-disabled", String(this.busy));
-    countEdits(this.group.section);
+    this.nameButtons();
   }
 
-  shown(field) {
-    const value = this.edits.get(field.name) ?? this.base[field.name];
-    return field.kind === "clock" && !this.edits.has(field.name) ? ticked(value, this.at) : value;
+  refreshRows() {
+    const { values } = this;
+    for (const [name, { field, input, help, show, row, error }] of this.rows) {
+      const locked = lockReason(field, values);
+      const edited = this.edits.has(name) && !locked;
+      row.classList.toggle("edited", edited);
+      // Both, since a select cannot be read-only and a disabled text cannot be copied.
+      if (field.kind !== "fact")
+        input[input.tagName === "SELECT" ? "disabled" : "readOnly"] = Boolean(locked);
+      const text = locked ?? field.help;
+      setText(help, text ? tr(...text) : "");
+      if (locked || (!edited && !row.contains(document.activeElement))) show(this.shown(field, locked));
+      if (error.textContent) this.mark(name, problem(field, values[name], values));
+      this.drawClash(field);
+    }
+    if (this.clockNote) setText(this.clockNote, clockNotes(values).join(tr("", " ")));
+    if (!this.picture) return;
+    this.picture.classList.toggle("left-right", values.strFD_LeftRight === "1");
+    this.picture.classList.toggle("up-down", values.strFD_UpDown === "1");
+  }
+
+  shown(field, locked) {
+    const value = locked ? laidOver(this.group, this.base, this.edited)[field.name] : this.values[field.name];
+    const runs = field.kind === "clock" && value !== undefined && !this.edits.has(field.name);
+    return runs ? ticked(value, this.at) : value;
+  }
+
+  /** Why the values shown are not the recorder's, when they are not. */
+  drawNote() {
+    const { reading } = this;
+    const strange =
+      this.base &&
+      reading &&
+      !reading.ok &&
+      /^(odd|empty)$/.test(reading.trouble) &&
+      TROUBLES[reading.trouble]();
+    const text = this.hooks.mayNot() ?? strange ?? "";
+    if (this.note.dataset.text === text) return;
+    this.note.dataset.text = text;
+    const again = () => this.load(true);
+    const button = strange && h("button", { type: "button", onclick: again }, tr("重新读取", "Read again"));
+    this.note.replaceChildren(...(text ? [h("p", {}, badge("warn", text)), button || ""] : []));
   }
 
   drawUnread() {
-    if (this.loading || !this.last) {
-      this.body.replaceChildren(h("p", { class: "help" }, tr("正在读取…", "Reading…")));
+    if (this.loading || !this.reading) {
+      const bones = this.group.fields.map(() => h("div", { class: "row" }, h("span", { class: "bone" })));
+      const word = h("p", { class: "hidden" }, tr("正在读取…", "Reading…"));
+      this.body.replaceChildren(word, ...bones);
       return;
     }
+    const title = tr(...this.group.title);
+    const button = (word, onclick) =>
+      h("button", { type: "button", "aria-label": `${word}: ${title}`, onclick }, word);
+    const fillIn = () => {
+      this.base = {};
+      this.fill();
+    };
+    const why =
+      this.reading.trouble === "silent"
+        ? tr("录像机没有给出这些设置。", "The recorder did not give these settings.")
+        : TROUBLES[this.reading.trouble]();
     this.body.replaceChildren(
-      h("p", {}, badge("warn", tr("录像机没有给出这些设置。", "The recorder did not give these settings."))),
-      h("div", { class: "buttons" },
-        this.group.mendable && h("button", { type: "button", onclick: () => this.take(this.last) }, tr("直接填写", "Fill in anyway")),
-        h("button", { type: "button", onclick: () => this.load() }, tr("重新读取", "Read again"))));
+      h("p", {}, badge("warn", why)),
+      h(
+        "div",
+        { class: "buttons" },
+        this.group.mendable && button(tr("直接填写", "Fill in anyway"), fillIn),
+        button(tr("重新读取", "Read again"), () => this.load(true)),
+      ),
+    );
   }
 
   mark(name, trouble) {
@@ -226,26 +352,73 @@ class Form {
     setText(error, trouble ? tr(...trouble) : "");
   }
 
-  /** Tells the result in the live region and takes the focus there when it would be lost. */
-  tell() {
-    const { result } = this;
-    const hadFocus = this.footer.contains(document.activeElement);
-    this.live.replaceChildren(...(result ? [...resultNodes(result), ...(this.phase === "waiting" ? wayBack(this.group, this.values) : [])] : []));
-    this.refresh();
-    if (hadFocus && this.footer.hidden) this.live.focus({ preventScroll: true });
-    else if (hadFocus && this.saveButton.hidden) this.revertButton.focus({ preventScroll: true });
-    if (result && result.outcome !== "invalid") this.live.scrollIntoView({ block: "nearest" });
+  // -- an edited field that has changed in the recorder
+
+  clashes({ kind, name }) {
+    const [origin, theirs] = [this.origins.get(name), this.base[name]];
+    return (
+      this.edits.has(name) &&
+      kind !== "clock" &&
+      origin !== undefined &&
+      theirs !== undefined &&
+      theirs !== origin
+    );
   }
 
-  // -- editing and saving
+  drawClash(field) {
+    const { clash } = this.rows.get(field.name);
+    const text = this.clashes(field) ? inWords(field, this.base[field.name]) : null;
+    if (clash.dataset.text === String(text)) return;
+    clash.dataset.text = String(text);
+    if (text === null) {
+      clash.replaceChildren();
+      return;
+    }
+    const label = tr(...field.label);
+    const choose = (word, decide) => {
+      const decided = () => {
+        decide();
+        this.result = null;
+        this.changed();
+        this.rows.get(field.name).input.focus();
+      };
+      return h("button", { type: "button", "aria-label": `${word}: ${label}`, onclick: decided }, word);
+    };
+    clash.replaceChildren(
+      h(
+        "p",
+        {},
+        badge("warn", tr("录像机中已改为：", "Changed in the recorder to:")),
+        " ",
+        h("bdi", {}, text),
+      ),
+      choose(tr("采用录像机的值", "Take the recorder's"), () => {
+        this.drop(field.name);
+        this.rows.get(field.name).show(this.shown(field));
+      }),
+      choose(tr("保留我的值", "Keep mine"), () => this.origins.set(field.name, this.base[field.name])),
+    );
+  }
+
+  // -- editing
 
   edit(field, value) {
-    if (value === this.base[field.name]) this.edits.delete(field.name);
-    else this.edits.set(field.name, value);
+    const { name } = field;
+    const others = Object.fromEntries([...this.edits].filter(([other]) => other !== name));
+    if (value === laidOver(this.group, this.base, others)[name] && !this.clashes(field)) this.drop(name);
+    else {
+      if (!this.edits.has(name)) this.origins.set(name, this.base[name]);
+      this.edits.set(name, value);
+    }
     const first = this.footer.hidden;
     this.result = null;
+    this.changed();
+    if (first) this.rows.get(name).row.scrollIntoView({ block: "nearest" }); // the footer has come up
+  }
+
+  changed() {
     this.tell();
-    if (first) this.rows.get(field.name).row.scrollIntoView({ block: "nearest" }); // the footer has come up
+    this.hooks.changed(this);
   }
 
   revert() {
@@ -253,42 +426,76 @@ class Form {
       this.stop();
       return;
     }
-    this.edits.clear();
-    this.result = null;
+    this.clear();
     this.body.querySelector("input, select")?.focus();
-    this.rows.forEach(({ show, field }, name) => {
-      show(this.shown(field));
-      this.mark(name);
-    });
-    this.tell();
   }
 
-  invalid(values) {
-    const troubles = this.group.fields.map((field) => [field.name, problem(field, values[field.name], values)]);
-    troubles.forEach(([name, trouble]) => this.mark(name, trouble));
-    return troubles.filter(([, trouble]) => trouble).map(([name]) => name);
+  /** Drops all edits; what was filled in unread is unread again. */
+  clear() {
+    this.edits.clear();
+    this.origins.clear();
+    this.result = null;
+    if (this.base && Object.keys(this.base).length === 0) this.base = null;
+    if (this.card) this.fill();
+    if (this.card) this.changed();
   }
 
-  /** Saves the form; `clockOnly`: what was read, with this phone's time, whatever has been edited. */
-  async save(clockOnly = false) {
-    if (this.busy) return;
-    const values = clockOnly ? { ...this.base, [this.clock.name]: PHONE } : this.values;
-    const invalid = this.invalid(values);
-    if (invalid.length) {
-      this.result = { outcome: "invalid", invalid: invalid.length };
-      this.tell();
-      this.rows.get(invalid[0]).input.focus();
+  /** Tells the result in the live region and takes the focus there when it would be lost. */
+  tell() {
+    const { result, card } = this;
+    if (!card) return;
+    const hadFocus = this.footer.contains(document.activeElement);
+    const way =
+      this.phase === "waiting" ? wayBack(this.group, laidOver(this.group, this.base, this.edited)) : [];
+    this.live.replaceChildren(...(result ? [...resultNodes(result), ...way] : []));
+    this.refresh();
+    if (hadFocus && this.footer.hidden) this.live.focus({ preventScroll: true });
+    else if (hadFocus && this.saveButton.hidden) this.revertButton.focus({ preventScroll: true });
+    if (result && result.outcome !== "invalid") this.live.scrollIntoView({ block: "nearest" });
+  }
+
+  // -- saving
+
+  /** Saves the form, or only `edits`, whatever else has been edited. */
+  async save(edits = this.edited) {
+    if (this.busy || this.hooks.mayNot()) return;
+    if (Object.keys(this.unsure).length) await this.load();
+    const values = laidOver(this.group, this.base, edits);
+    const wrong = problems(this.group, values);
+    this.rows.forEach((row, name) => this.mark(name, wrong.find(([{ name: other }]) => other === name)?.[1]));
+    if (wrong.length) {
+      this.conclude({ outcome: "invalid", problems: wrong });
+      this.rows.get(wrong[0][0].name).input.focus();
       return;
     }
-    if (this.group.cutsOff && !(await confirmLoss(wayBack(this.group, values)))) return;
+    const clashing = this.group.fields.filter((field) => field.name in edits && this.clashes(field));
+    if (clashing.length) {
+      const clashes = clashing.map((field) => ({ field, theirs: this.base[field.name] }));
+      this.conclude({ outcome: "conflict", clashes });
+      return;
+    }
+    const way = this.group.cutsOff && wayBack(this.group, values);
+    if (!(await confirmWrite(doubts(this.group, values, edits, this.seen), way))) return;
+    const focus = this.rows.get(
+      [...this.rows.keys()].find((name) => this.rows.get(name).row.contains(document.activeElement)),
+    );
+    const within = focus && document.activeElement;
     this.result = null;
     this.enter("sending");
-    let result = await write(this.group, values, () => this.enter("checking"));
-    if (this.group.cutsOff && result.expected && !result.values) result = await this.reconnect(result);
+    let result = await this.send(edits);
+    if (this.group.cutsOff && result.outcome === "unsure") result = await this.reconnect(result);
     this.phase = "";
-    this.result = result;
-    if (result.values) this.settle(result, clockOnly);
-    this.tell();
+    this.settle(result, edits);
+    this.conclude(result);
+    if (within?.isConnected && document.activeElement === document.body)
+      within.focus({ preventScroll: true });
+  }
+
+  async send(edits) {
+    const { trouble, mayWrite } = await readyToWrite();
+    if (trouble) return { outcome: "unread", trouble };
+    const onStep = (step) => this.enter(step);
+    return save(request, this.group, edits, { seen: this.seen, mayWrite, onStep });
   }
 
   enter(phase) {
@@ -296,14 +503,30 @@ class Form {
     this.tell();
   }
 
-  settle(result, clockOnly) {
-    if (this.clock) this.edits.delete(this.clock.name);
-    if (result.outcome === "saved" && !clockOnly) this.edits.clear();
-    this.take(result);
-    if (this.id === "LangInfo" && result.outcome === "saved") {
-      chooseLanguage(null);
-      followLanguage(result.values.strLanguage);
+  conclude(result) {
+    this.result = result;
+    this.tell();
+  }
+
+  settle(result, sent) {
+    if (isDone(result)) {
+      // What has been typed for a record that is not written now would only look like a change of it.
+      const locked = this.group.fields.filter((field) => lockReason(field, result.values));
+      [...Object.keys(sent), ...locked.map(({ name }) => name)].forEach((name) => this.drop(name));
     }
+    this.unsure = result.outcome === "unsure" ? result.expected : {};
+    if (result.outcome === "kept") {
+      if (this.clock) this.drop(this.clock.name);
+      // The user has been told what is held instead, so this is what further edits are made on.
+      for (const name of this.edits.keys()) this.origins.set(name, result.values[name]);
+    }
+    for (const { field, seen, mine } of result.clashes ?? []) {
+      if (!this.edits.has(field.name)) this.origins.set(field.name, seen);
+      this.edits.set(field.name, mine);
+    }
+    if (result.values) this.take(result);
+    this.hooks.changed(this);
+    this.hooks.saved(this, result);
   }
 
   /** Keeps asking until the recorder is back and tells what it holds, or the wait is stopped. */
@@ -313,57 +536,27 @@ class Form {
     const until = Date.now() + RECONNECT_S * 1000;
     const tick = setInterval(() => {
       const left = Math.ceil((until - Date.now()) / 1000);
-      setText(this.timer, left > 0 ? tr(`继续尝试，剩余 ${left} 秒`, `Trying again, ${left} s left`)
-        : tr("仍未连接，页面会继续尝试。", "Not back yet; the page keeps trying."));
+      setText(
+        this.timer,
+        left > 0
+          ? tr(`继续尝试，剩余 ${left} 秒`, `Trying again, ${left} s left`)
+          : tr("仍未连接，页面会继续尝试。", "Not back yet; the page keeps trying."),
+      );
     }, 1000);
     let last = result;
     let stop = false;
     const stopped = new Promise((go) => {
       this.stop = () => go(result);
-    }).finally(() => { stop = true; });
+    }).finally(() => {
+      stop = true;
+    });
     while (!stop && !last.values) {
       await Promise.race([stopped, pause(RECONNECT_EVERY_MS)]);
-      if (!stop) last = await Promise.race([stopped, readBack(this.group, result.expected)]);
+      if (!stop && !stranger)
+        last = await Promise.race([stopped, readBack(request, this.group, result.expected)]);
     }
     clearInterval(tick);
     setText(this.timer, "");
     return last;
   }
 }
-
-// ---- all forms
-
-const forms = groups.map((group) => new Form(group));
-let inSight = [];
-let onCount = () => {};
-
-const countEdits = (section) =>
-  onCount(section, forms.filter(({ group }) => group.section === section).reduce((sum, { edits }) => sum + edits.size, 0));
-
-/** The cards of a section; `counted(section, count)` hears of unsaved edits, also of other sections'. */
-export function formView(section, counted) {
-  onCount = counted;
-  inSight = forms.filter(({ group }) => group.section === section);
-  const cards = inSight.map((form) => form.draw());
-  inSight.forEach((form) => form.load());
-  return [h("div", { class: "cards" }, cards)];
-}
-
-const connected = () => inSight.filter(({ card }) => card.isConnected);
-
-onLink((state, outage) => {
-  if (state !== "ok") return;
-  for (const form of connected()) {
-    // A section that alone stays unanswered gets one more attempt: each costs the daemon 5 s.
-    const again = form.last && !form.last.ok && !form.retried;
-    form.retried ||= again && !outage;
-    if (again || outage) form.load();
-  }
-});
-document.addEventListener("visibilitychange", () => document.hidden || connected().forEach((form) => form.load()));
-addEventListener("beforeunload", (event) => {
-  if (!forms.some(({ edits }) => edits.size)) return;
-  event.preventDefault();
-  event.returnValue = true; // for browsers of before 2023
-});
-setInterval(() => document.hidden || inSight.forEach((form) => form.clock && form.base && form.refresh()), 1000);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-only
-// Reading, checking and writing a group of the schema; no document, no words of the form.
-
-import { request } from "./core.js";
+// What a value of the schema may be: checks, clocks, and what a write makes of it. No document, no requests.
+//
+// Values are the texts that a form shows, in an object by field name. A name that is absent (or
+// undefined) is unknown: never taken for empty or zero.
 
 export const byteLength = (text) => new TextEncoder().encode(text).length;
 
@@ -10,31 +11,62 @@ export const byteLength = (text) => new TextEncoder().encode(text).length;
 /** The moment in milliseconds as if the clock showed UTC; NaN for any other text. */
 export const fromClock = (text) => Date.parse(`${text.trim().replace(" ", "T")}Z`);
 export const toClock = (ms) => new Date(ms).toISOString().slice(0, 19).replace("T", " ");
-export const phoneClock = () => toClock(Date.now() - new Date().getTimezoneOffset() * 60000);
+export const ownClock = () => toClock(Date.now() - new Date().getTimezoneOffset() * 60000);
 export const ticked = (text, since) =>
   Number.isNaN(fromClock(text)) ? text : toClock(fromClock(text) + Date.now() - since);
 
-/** As a clock's value: the phone's own time at the moment of sending. */
-export const PHONE = "phone";
+/** As a clock's value: this device's own time at the moment of sending. */
+export const OWN_TIME = "own time";
 
 // A recorder takes a moment to set its clock, and the answer comes after a pause of two seconds.
 const CLOCK_TOLERANCE_MS = 10000;
+
+// ---- groups
+
+export const clockOf = ({ fields }) => fields.find(({ kind }) => kind === "clock");
+export const writable = ({ fields }) => fields.filter(({ kind }) => kind !== "fact");
+
+/** Whether a field is shown of another record than `seen` was read from: then its value is unknown. */
+const otherSide = (group, field, seen, values) =>
+  Boolean(field.sided && seen) && group.side(seen) !== group.side(values);
+
+/** Edits laid over what was seen; what stands for another record now is unknown unless edited. */
+export function laidOver(group, seen, edits) {
+  const values = { ...seen, ...edits };
+  for (const field of group.fields) {
+    if (otherSide(group, field, seen, values)) values[field.name] = edits[field.name];
+  }
+  return values;
+}
+
+/** Why a field is not written with these values, as [Chinese, English]. */
+export const lockReason = (field, values) => field.locked?.(values);
 
 // ---- checks
 
 const isNumber = (value, max) => /^\d{1,10}$/.test(value) && Number(value) <= max;
 
+/** A number without leading zeros, as the recorder gives it back; any other text as it is. */
+export function canonical(field, value) {
+  const number = field.kind === "number" || field.kind === "flag" || field.open;
+  return number && /^\d{1,10}$/.test(value) ? String(Number(value)) : value;
+}
+
 const textProblem = (field, value) => {
   const bytes = byteLength(value);
   // NUL ends a text, and what was not UTF-8 in the recorder cannot be sent back as it was.
-  if (/[\0\uFFFD]|\p{Cs}/u.test(value)) return ["含有无法保存的字符，请重新输入", "Holds a character that cannot be kept; type it anew"];
-  if (bytes > field.width) return [`过长：${bytes} 字节，最多 ${field.width}`, `Too long: ${bytes} bytes of at most ${field.width}`];
+  if (/[\0\uFFFD]|\p{Cs}/u.test(value))
+    return ["含有无法保存的字符，请重新输入", "Holds a character that cannot be kept; type it anew"];
+  if (bytes > field.width)
+    return [`过长：${bytes} 字节，最多 ${field.width}`, `Too long: ${bytes} bytes of at most ${field.width}`];
   if (bytes < (field.min ?? 0)) return [`至少 ${field.min} 个字符`, `At least ${field.min} characters`];
   return undefined;
 };
 
 const numberProblem = (field, value) =>
-  isNumber(value, field.max) ? undefined : [`请输入 0 至 ${field.max} 的整数`, `Enter a whole number from 0 to ${field.max}`];
+  isNumber(value, field.max)
+    ? undefined
+    : [`请输入 0 至 ${field.max} 的整数`, `Enter a whole number from 0 to ${field.max}`];
 
 const choiceProblem = (field, value) => {
   if (field.codes.some(([code]) => code === value)) return undefined;
@@ -48,75 +80,60 @@ const PROBLEMS = {
   choice: choiceProblem,
   flag: (field, value) => (/^[01]$/.test(value) ? undefined : ["请选择一项", "Choose one"]),
   clock: (field, value) =>
-    value === undefined || value === PHONE || !Number.isNaN(fromClock(value)) ? undefined : ["请输入日期和时间", "Enter a date and a time"],
+    value === OWN_TIME || !Number.isNaN(fromClock(value))
+      ? undefined
+      : ["请输入日期和时间", "Enter a date and a time"],
   fact: () => undefined,
 };
 
+const UNKNOWN = ["未知，请填写", "Not known: fill it in"];
+
 /** Why `value` would not reach the recorder as it stands, as [Chinese, English]; undefined: it would. */
-export const problem = (field, value, values) => PROBLEMS[field.kind](field, value) ?? field.check?.(value, values);
-
-// ---- exchange
-
-/** Resolves to {ok, lost, values, at}: the shown values by name; `ok` false: they are not the recorder's. */
-export async function read(group) {
-  const answer = await request(`/get_${group.id}`);
-  const shown = (field) => (field.fromApi ?? String)(String(answer?.[field.name] ?? ""));
-  return {
-    ok: answer?.result === 1,
-    lost: answer === null,
-    values: Object.fromEntries(group.fields.map((field) => [field.name, shown(field)])),
-    at: Date.now(),
-  };
+export function problem(field, value, values) {
+  if (field.kind === "fact" || lockReason(field, values)) return undefined;
+  if (value === undefined) return UNKNOWN;
+  return PROBLEMS[field.kind](field, value) ?? field.check?.(value, values);
 }
 
-function expectation(group, values) {
+/** Rows [field, problem] of all values that would not arrive. */
+export const problems = (group, values) =>
+  group.fields
+    .map((field) => [field, problem(field, values[field.name], values)])
+    .filter(([, trouble]) => trouble);
+
+/**
+ * Rows [field, question] of values that arrive but hardly work; of `edits`, or new since `seen`. They
+ * are to be asked about, never forbidden.
+ */
+export function doubts(group, values, edits, seen) {
+  const doubt = (field, all) =>
+    all?.[field.name] === undefined || lockReason(field, all)
+      ? undefined
+      : field.doubt?.(all[field.name], all);
+  return group.fields
+    .map((field) => [field, doubt(field, values), field.name in edits || !doubt(field, seen)])
+    .filter(([, question, fresh]) => question && fresh);
+}
+
+// ---- what a write should come to
+
+/** The values that the recorder is to end up with after a write of `values`. */
+export function expectation(group, values) {
   const expected = {};
   for (const field of group.fields) {
     const value = values[field.name];
-    const number = field.kind === "number" || (field.open && /^\d+$/.test(value));
-    expected[field.name] = field.kept?.(value, values) ?? (number ? String(Number(value)) : value);
+    expected[field.name] = canonical(field, field.kept?.(value, values) ?? value);
   }
   return expected;
 }
 
-/**
- * Writes all fields of a group, since one that is not sent is written as empty, and reads them back.
- * A clock that is undefined runs on: it is always part of the message, so what it shows is sent.
- * Resolves to {outcome, kept, values, at}: "saved"; "kept" with rows [field, value] of what the
- * recorder holds instead; "silent" and "gone" as of the link, when it is not known what was kept.
- * The daemon's own answer cannot tell a refusal from success.
- */
-export async function write(group, values, onStep = () => {}) {
-  const expected = expectation(group, values);
-  const clock = group.fields.find(({ kind }) => kind === "clock")?.name;
-  let clockText = () => expected[clock];
-  if (clock && values[clock] === undefined) {
-    const now = await read(group);
-    if (now.lost) return { outcome: "gone" };
-    clockText = () => ticked(now.values[clock], now.at);
-  } else if (values[clock] === PHONE) {
-    clockText = phoneClock;
-  }
-  const answer = await request(`/set_${group.id}`, () => {
-    if (clock) expected[clock] = clockText();
-    return group.fields.filter(({ kind }) => kind !== "fact")
-      .map((field) => [field.name, field.toApi?.(expected[field.name], values) ?? expected[field.name]]);
-  });
-  if (!answer) return { outcome: "gone", expected };
-  if (answer.result !== 1) return { outcome: "silent", expected };
-  onStep();
-  return readBack(group, expected);
-}
-
-/** Compares what the recorder holds with what it should; `expected` as an earlier write gave it. */
-export async function readBack(group, expected) {
-  const now = await read(group);
-  if (!now.ok) return { outcome: now.lost ? "gone" : "silent", expected };
+/** Rows [field, value] of what the recorder holds and was not expected to. */
+export function deviations(group, expected, held) {
   const same = ({ kind, name }) => {
-    if (kind === "fact") return true;
-    if (kind !== "clock") return now.values[name] === expected[name];
-    return Math.abs(fromClock(now.values[name]) - fromClock(expected[name])) < CLOCK_TOLERANCE_MS;
+    if (kind !== "clock") return held[name] === expected[name];
+    return Math.abs(fromClock(held[name]) - fromClock(expected[name])) < CLOCK_TOLERANCE_MS;
   };
-  const kept = group.fields.filter((field) => !same(field)).map((field) => [field, now.values[field.name]]);
-  return { outcome: kept.length ? "kept" : "saved", kept, expected, ...now };
+  return writable(group)
+    .filter((field) => !lockReason(field, expected) && !same(field))
+    .map((field) => [field, held[field.name]]);
 }

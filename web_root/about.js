@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-2.0-only
+// Versions, and what this page is.
+
+import { h, onReturn, request, setText, tr } from "./core.js";
+import { rowsOf, versionRows } from "./status.js";
+
+const NONE = "—";
+let version = null;
+let application = null;
+
+async function readVersion() {
+  const { answer } = await request("/get_VersionInfo", { what: ["版本", "version"] });
+  if (answer?.result !== 1) return;
+  version = answer.strFD_AppVersion;
+  setText(application, version || NONE);
+}
+
+export function aboutView() {
+  application = h("dd", {}, version || NONE);
+  if (version === null) readVersion();
+  const main = h("dl", {}, h("div", {}, h("dt", {}, tr("主程序版本", "Main application")), application));
+  const card = (title, ...content) => h("section", { class: "card" }, h("h2", {}, title), content);
+  const text = tr(
+    "不需要互联网：页面与录像机直接通信，不访问其他主机。",
+    "Works without internet: the page talks to the recorder alone and to no other host.",
+  );
+  return [
+    h(
+      "div",
+      { class: "cards" },
+      card(tr("录像机", "Recorder"), main, rowsOf(versionRows().slice(1))),
+      card(tr("本页面", "This page"), h("p", {}, text)),
+    ),
+  ];
+}
+
+onReturn(() => version === null && application?.isConnected && readVersion());
