@@ -34,7 +34,7 @@ const countEdits = (section) =>
 function deny() {
   if (denied) return;
   denied = true;
-  forms.forEach((form) => form.refresh());
+  forms.forEach(({ card }) => card?.refresh());
 }
 
 const hooks = {
@@ -94,7 +94,7 @@ function restoreDrafts() {
       form.edits.set(name, value);
       form.origins.set(name, seen ?? undefined);
     }
-    if (draft?.kept[form.id] && form.card && form.base) form.fill();
+    if (draft?.kept[form.id] && form.base) form.card?.fill();
     countEdits(form.group.section);
   }
 }
@@ -137,7 +137,7 @@ export async function preload(counted) {
   for (const form of forms) if (!form.base) await form.load();
 }
 
-const connected = () => inSight.filter(({ card }) => card.isConnected);
+const connected = () => inSight.filter(({ card }) => card.node.isConnected);
 
 // ---- absences
 
@@ -154,7 +154,7 @@ onReader(deny);
 onLink((state) => {
   if (state !== "login") return;
   denied = false; // another login may write
-  forms.forEach((form) => form.refresh());
+  forms.forEach(({ card }) => card?.refresh());
 });
 addEventListener("beforeunload", (event) => {
   if (!forms.some(({ edits }) => edits.size)) return;
@@ -162,6 +162,6 @@ addEventListener("beforeunload", (event) => {
   event.returnValue = true; // for browsers of before 2023
 });
 setInterval(
-  () => document.hidden || inSight.forEach((form) => form.clock && form.base && form.refresh()),
+  () => document.hidden || inSight.forEach((form) => form.clock && form.base && form.card.refresh()),
   1000,
 );

@@ -118,7 +118,9 @@ test("forced colours show switches; what has the focus is never under a bar, at 
     const features = (value) => ({ features: [{ name: "forced-colors", value }, still] });
     await protocol.send("Emulation.setEmulatedMedia", features("active"));
     await page.waitForFunction(() =>
-      ["forced-colors: active", "prefers-reduced-motion: reduce"].every((wanted) => matchMedia(`(${wanted})`).matches),
+      ["forced-colors: active", "prefers-reduced-motion: reduce"].every(
+        (wanted) => window.matchMedia(`(${wanted})`).matches,
+      ),
     );
     const colours = (on) => {
       const input = document.querySelector("#BaseInfo-ucFD_GpsSTFlag");
