@@ -7,22 +7,17 @@
 set -uo pipefail
 passed=0 failed=0
 
-# Starts the calling script anew in namespaces(7) of its own, with lo up and eth0 on a cable. What is
-# mounted there, $scratch and /run among it, vanishes with them. An ordinary user becomes root of a
-# user namespace first, the only user in it.
+# Starts the calling script anew in namespaces(7) of its own, with lo up and eth0 on a cable. /run is
+# empty there, and all that is in it vanishes with them; $scratch is in it. An ordinary user becomes
+# root of a user namespace first, the only user in it.
 private_machine() {
   if [ -z "${FIELD_IS_PRIVATE-}" ]; then
-    scratch=$(mktemp -d)
     local user=()
     [ "$(id -u)" = 0 ] || user=(--map-root-user)
-    FIELD_IS_PRIVATE=$scratch unshare "${user[@]}" --net --mount --pid --fork --kill-child --mount-proc -- "$BASH" "$0" "$@"
-    local status=$?
-    rmdir "$scratch"
-    exit "$status"
+    FIELD_IS_PRIVATE=1 exec unshare "${user[@]}" --net --mount --pid --fork --kill-child --mount-proc -- "$BASH" "$0" "$@"
   fi
-  scratch=$FIELD_IS_PRIVATE
-  PATH=$PATH:/usr/sbin:/sbin
-  { mount -t tmpfs none "$scratch" && mount -t tmpfs none /run && ip -batch -; } <<'END' || exit 1
+  PATH=$PATH:/usr/sbin:/sbin scratch=/run/scratch
+  { mount -t tmpfs none /run && mkdir $scratch && ip -batch -; } <<'END' || exit 1
 link set lo up
 link add eth0 type veth peer name peer0
 addr add 192.168.50.2/24 brd 192.168.50.255 dev eth0
@@ -51,27 +46,14 @@ totals() {
   [ "$failed" = 0 ] && [ "$passed" -gt 0 ]
 }
 
-# await LINE COMMAND...: starts a program and returns once a line of its output holds LINE;
-# fails when its output ends first, or after 20 seconds. Its process is $started, its output so far
-# in $scratch/output.
+# await LINE COMMAND...: starts a program and returns once its output holds LINE; fails when that ends
+# first, or after 20 seconds. Its process is $started, its output in $scratch/PROGRAM.log.
 await() {
-  local wanted=$1 line output
-  shift
-  exec {output}< <(exec "$@" 2>&1)
+  local log=$scratch/${2##*/}.log
+  : >"$log" # there for tail(1) before the program is
+  "${@:2}" >>"$log" 2>&1 &
   started=$!
-  : >"$scratch/output"
-  while IFS= read -r -t 20 line <&"$output"; do
-    printf '%s\n' "$line" >>"$scratch/output"
-    if [[ $line == *"$wanted"* ]]; then
-      cat <&"$output" >>"$scratch/output" &
-      exec {output}<&-
-      return 0
-    fi
-  done
-  exec {output}<&-
-  printf 'no line "%s" from: %s; it printed\n' "$wanted" "$*" >&2
-  cat "$scratch/output" >&2
-  return 1
+  timeout 20 grep -qF "$1" <(tail -n +1 -f --pid=$started "$log") || { cat "$log" && return 1; }
 }
 
 served="Starting web server on port"

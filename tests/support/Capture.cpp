@@ -9,43 +9,29 @@
 
 namespace {
 
-// Sends one descriptor to a memory file for as long as it lives.
-class Redirect {
-public:
-    explicit Redirect(int fd)
-        : m_fd(fd), m_saved(dup(fd)), m_file(memfd_create("captured", MFD_CLOEXEC)) {
-        if (m_saved < 0 || m_file < 0 || dup2(m_file, m_fd) < 0)
-            abort();
-    }
-    ~Redirect() {
-        dup2(m_saved, m_fd);
-        close(m_saved);
-        close(m_file);
-    }
-    Redirect(const Redirect&) = delete;
-    Redirect& operator=(const Redirect&) = delete;
-
-    std::string Text() const {
-        std::string text(static_cast<size_t>(lseek(m_file, 0, SEEK_END)), '\0');
-        const ssize_t size = pread(m_file, text.data(), text.size(), 0);
-        text.resize(size < 0 ? 0 : static_cast<size_t>(size));
-        return text;
-    }
-
-private:
-    int m_fd;
-    int m_saved;
-    int m_file;
-};
+// Runs `body` while `fd` goes to a memory file; gives what is in it then.
+std::string Redirect(int fd, const std::function<void()>& body) {
+    const int saved = dup(fd), file = memfd_create("captured", MFD_CLOEXEC);
+    if (saved < 0 || file < 0 || dup2(file, fd) < 0)
+        abort();
+    body();
+    fflush(nullptr);
+    dup2(saved, fd);
+    close(saved);
+    std::string text(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
+    const ssize_t size = pread(file, text.data(), text.size(), 0);
+    text.resize(size < 0 ? 0 : static_cast<size_t>(size));
+    close(file);
+    return text;
+}
 
 } // namespace
 
 Captured Capture(const std::function<void()>& body) {
+    Captured captured;
     fflush(nullptr);
-    const Redirect out(STDOUT_FILENO), err(STDERR_FILENO);
-    body();
-    fflush(nullptr);
-    return {out.Text(), err.Text(), 0};
+    captured.out = Redirect(STDOUT_FILENO, [&] { captured.err = Redirect(STDERR_FILENO, body); });
+    return captured;
 }
 
 int RunInChild(const std::function<int()>& body) {

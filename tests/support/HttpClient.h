@@ -3,6 +3,7 @@
 
 // An HTTP/1.1 client that shows what came byte for byte.
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -25,17 +26,15 @@ public:
     void Send(const std::string& bytes);
     // Closes this side: nothing more is sent.
     void EndInput();
-    // Reads one answer; fails the test when none is complete within `timeoutSeconds`. The answer to
+    // Reads one answer; fails the test when nothing more comes before it is complete. The answer to
     // a HEAD has no body.
-    Answer Read(int timeoutSeconds = 20, bool hasBody = true);
+    Answer Read(bool hasBody = true);
     // Whether the server closes the connection within that time and sends nothing more.
     bool ClosedWithin(int timeoutSeconds);
 
 private:
-    bool Fill(int timeoutMs);
-
-    int m_sock = -1;
-    std::string m_received;
+    int m_sock;
+    FILE* m_received;
 };
 
 // The bytes of a request: GET without a body, POST with one.

@@ -14,20 +14,14 @@ constexpr char kDaemonIp[] = "192.168.50.2";
 constexpr int kDaemonPort = 4999;
 constexpr int kWaitMs = 5000;
 
-sockaddr_in Loopback(int port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
 } // namespace
 
-Recorder::Recorder(int port)
-    : m_sock(socket(AF_INET, SOCK_DGRAM, 0)), m_peer(Loopback(kDaemonPort)) {
-    const sockaddr_in own = Loopback(port);
-    EXPECT_EQ(bind(m_sock, reinterpret_cast<const sockaddr*>(&own), sizeof(own)), 0);
+Recorder::Recorder(int port) : m_sock(socket(AF_INET, SOCK_DGRAM, 0)), m_peer{} {
+    m_peer.sin_family = AF_INET;
+    m_peer.sin_port = htons(static_cast<uint16_t>(port));
+    m_peer.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    EXPECT_EQ(bind(m_sock, reinterpret_cast<sockaddr*>(&m_peer), sizeof(m_peer)), 0);
+    m_peer.sin_port = htons(kDaemonPort);
     m_peer.sin_addr.s_addr = inet_addr(kDaemonIp);
 }
 
@@ -36,19 +30,16 @@ Recorder::~Recorder() {
 }
 
 std::string Recorder::Receive() {
-    pollfd waited{m_sock, POLLIN, 0};
-    if (poll(&waited, 1, kWaitMs) != 1) {
+    if (!HasMore(kWaitMs)) {
         ADD_FAILURE() << "no datagram came";
         return "";
     }
     char buffer[4096];
-    sockaddr_in source{};
-    socklen_t length = sizeof(source);
+    socklen_t length = sizeof(m_peer);
     const ssize_t received =
-        recvfrom(m_sock, buffer, sizeof(buffer), 0, reinterpret_cast<sockaddr*>(&source), &length);
-    EXPECT_STREQ(inet_ntoa(source.sin_addr), kDaemonIp);
-    EXPECT_EQ(ntohs(source.sin_port), kDaemonPort);
-    m_peer = source;
+        recvfrom(m_sock, buffer, sizeof(buffer), 0, reinterpret_cast<sockaddr*>(&m_peer), &length);
+    EXPECT_STREQ(inet_ntoa(m_peer.sin_addr), kDaemonIp);
+    EXPECT_EQ(ntohs(m_peer.sin_port), kDaemonPort);
     return std::string(buffer, received > 0 ? static_cast<size_t>(received) : 0);
 }
 
@@ -61,21 +52,6 @@ void Recorder::Reply(const std::string& text) {
     EXPECT_EQ(sendto(m_sock, text.data(), text.size(), 0,
                      reinterpret_cast<const sockaddr*>(&m_peer), sizeof(m_peer)),
               static_cast<ssize_t>(text.size()));
-}
-
-Answer Exchange(Recorder& recorder, const std::string& path, const std::string& body,
-                const std::vector<std::string>& replies, std::vector<std::string>* datagrams) {
-    HttpClient client;
-    client.Send(Request(path, body));
-    for (const std::string& reply : replies) {
-        const std::string datagram = recorder.Receive();
-        if (datagrams != nullptr)
-            datagrams->push_back(datagram);
-        recorder.Reply(reply);
-    }
-    const Answer answer = client.Read();
-    EXPECT_FALSE(recorder.HasMore()) << path << ": more exchanges than replies";
-    return answer;
 }
 
 std::string QueryMessage(const std::string& element) {

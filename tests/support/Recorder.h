@@ -5,9 +5,6 @@
 
 #include <netinet/in.h>
 #include <string>
-#include <vector>
-
-#include "tests/support/HttpClient.h"
 
 class Recorder {
 public:
@@ -28,12 +25,6 @@ private:
     int m_sock = -1;
     sockaddr_in m_peer;
 };
-
-// Sends one request and plays the recorder's part: receives a datagram for each of `replies` and
-// sends the reply. The datagrams go to `*datagrams`.
-Answer Exchange(Recorder& recorder, const std::string& path, const std::string& body,
-                const std::vector<std::string>& replies,
-                std::vector<std::string>* datagrams = nullptr);
 
 // The datagrams that ask for an element and write one.
 std::string QueryMessage(const std::string& element);

@@ -3,7 +3,6 @@
 
 // A private network and file system view for tests that change the machine: namespaces(7).
 
-#include <functional>
 #include <string>
 
 // Moves the calling process, still single-threaded, into a network and a mount namespace of its
@@ -14,10 +13,6 @@
 // becomes root of a user namespace first. False, with the reason in *error, where the kernel or its
 // policy allows neither.
 bool EnterSandbox(std::string* error);
-
-// Runs `body` on the calling thread in the peer's network. Sockets made and commands run there
-// belong to the peer for good.
-void InPeer(const std::function<void()>& body);
 
 // Runs a shell command; fails the current test unless it succeeds.
 void Shell(const std::string& command);

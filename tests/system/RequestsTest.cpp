@@ -2,7 +2,7 @@
 // Runs one table of requests/ against the daemon and a scripted recorder:  requests TABLE
 //
 // To add a case, add a row; to add a table, add a file. A row is a request, and indented below it
-// what happens then, in that order. Rows without an exchange fit on a line: REQUEST => ANSWER.
+// what happens then, in that order. What is one step only fits on the line: REQUEST => STEP.
 //
 //   # a comment
 //   options --allow-host a.example       the daemon's, before all rows
@@ -16,31 +16,38 @@
 //     ! <stDisplay strLanguage="CN" /> => 0             a write is sent, and the Result of its
 //     200 {"result": 1 }                                reply, 3 where none is given; a row without
 //     takes 2                                           status has this one; seconds, at least
+//   /none{1} => {2}                      once for each `with`, which says what stands for {1} and
+//   on
+//     with ? => 404
 //   "GET / HTTP/1.1\nHost: evil.example\n\n" => 403 closed
 //   webctrl --port 0 => 2 webctrl: ...   a command line, its status and what it prints
 //
 // Further lines of a row: `send "..."` more of the request; `has Name: value` a line of the
 // answer's head, and of a chunked one the only one besides its own; `prints TEXT` on the daemon's
-// console, perhaps in quotes; `vanish` the client closes. Several answers are several lines. A body
-// that is not given is not compared, `-` is an empty one, its last line end is not written. Any
-// datagram but those given fails the row. A connection that is to end has `closed` behind the
-// status; every other one is the next row's as well.
+// console, perhaps in quotes; `vanish` the client closes; `hangup NAME CONTENT` a file is written
+// anew, and the daemon told. Several answers are several lines. A body that is not given is not
+// compared, `-` is an empty one, its last line end is not written. A reply behind `stranger` comes
+// from another port. Any datagram but those given fails the row. A connection that is to end has
+// `closed` behind the status; every other one is the next row's as well. At the table's end the
+// daemon has no descriptor more than at its start.
 //
-// In quotes \n is CR LF, \r \t \\ \xNN are bytes; replies may be in quotes too. Everywhere
-// {1000*x} is x a thousand times, {folder} the daemon's folder, {clock} the time of day. A request
-// in quotes is sent twice: whole and, when it is short, byte by byte.
+// In quotes \n is CR LF and \xNN a byte; replies may be in quotes too. Everywhere {1000*x} is x a
+// thousand times, {folder} the daemon's folder, {clock} the time of day. A request in quotes is
+// sent twice: whole and, when it is short, byte by byte.
 
 #include <algorithm>
+#include <csignal>
 #include <ctime>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
+#include <regex>
 #include <sstream>
 #include <sys/stat.h>
 
+#include "tests/support/Daemon.h"
 #include "tests/support/HttpClient.h"
 #include "tests/support/Recorder.h"
-#include "tests/system/Daemon.h"
 
 namespace {
 
@@ -49,8 +56,8 @@ const char* g_table;
 
 struct Row {
     int line;
-    std::string request;
-    std::vector<std::string> steps;
+    std::vector<std::string> steps; // the request first
+    std::vector<std::string> values;
 };
 
 // What stands before the first `mark` and behind it; nothing behind where there is none.
@@ -59,26 +66,24 @@ std::pair<std::string, std::string> Cut(const std::string& text, const std::stri
     return {text.substr(0, at), at == std::string::npos ? "" : text.substr(at + mark.size())};
 }
 
-// Takes quotes and escapes away.
-std::string Unquote(const std::string& quoted) {
-    std::string bytes;
-    for (size_t at = 1; at + 1 < quoted.size(); ++at) {
-        if (quoted[at] != '\\') {
-            bytes += quoted[at];
-            continue;
-        }
-        const char escape = quoted[++at];
-        if (escape == 'x') {
-            bytes += static_cast<char>(std::stoi(quoted.substr(at + 1, 2), nullptr, 16));
-            at += 2;
-        } else {
-            bytes += escape == 'n' ? "\r\n"
-                                   : std::string(1, escape == 'r'   ? '\r'
-                                                    : escape == 't' ? '\t'
-                                                                    : escape);
-        }
-    }
-    return bytes;
+bool StartsWith(const std::string& text, const char* start) {
+    return text.rfind(start, 0) == 0;
+}
+
+void ReplaceAll(std::string& text, const std::string& mark, const std::string& value) {
+    for (size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += value.size())
+        text.replace(at, mark.size(), value);
+}
+
+// Takes quotes and escapes away, where there are quotes.
+std::string Unquote(std::string text) {
+    if (!StartsWith(text, "\""))
+        return text;
+    text = text.substr(1, text.size() - 2);
+    ReplaceAll(text, "\\n", "\r\n");
+    for (size_t at = 0; (at = text.find("\\x", at)) != std::string::npos; ++at)
+        text.replace(at, 4, 1, static_cast<char>(std::stoi(text.substr(at + 2, 2), nullptr, 16)));
+    return text;
 }
 
 std::vector<std::string> Words(const std::string& text) {
@@ -86,8 +91,16 @@ std::vector<std::string> Words(const std::string& text) {
     return {std::istream_iterator<std::string>(stream), {}};
 }
 
-bool IsQuoted(const std::string& text) {
-    return !text.empty() && text[0] == '"';
+// The row's steps with these values, ` => ` between them, for {1} and on.
+std::vector<std::string> StepsWith(const Row& row, const std::string& values) {
+    std::vector<std::string> steps = row.steps;
+    std::string value, rest = values;
+    for (int number = 1; !rest.empty(); ++number) {
+        std::tie(value, rest) = Cut(rest, " => ");
+        for (std::string& step : steps)
+            ReplaceAll(step, "{" + std::to_string(number) + "}", value);
+    }
+    return steps;
 }
 
 class Requests : public SystemTest {
@@ -103,41 +116,52 @@ protected:
             const std::string text =
                 Expand(line.substr(std::min(line.find_first_not_of(' '), line.size())));
             const auto [verb, rest] = Cut(text, " ");
+            const size_t arrow = text.rfind(" => ");
             if (text.empty() || text[0] == '#')
                 continue;
-            if (line[0] == ' ')
+            if (verb == "with")
+                rows.back().values.push_back(rest);
+            else if (line[0] == ' ')
                 rows.back().steps.push_back(text);
             else if (verb == "webctrl")
                 RunCommand(number, rest);
             else if (verb == "options")
                 options = Words(rest);
             else if (verb == "file")
-                WriteTableFile(Cut(rest, " "));
+                WriteTableFile(rest);
+            else if (arrow == std::string::npos)
+                rows.push_back({number, {text}, {}});
             else
-                rows.push_back(ReadRow(number, text));
+                rows.push_back({number, {text.substr(0, arrow), text.substr(arrow + 4)}, {}});
         }
-        if (rows.empty())
-            return;
-        Start(options);
-        m_recorder = std::make_unique<Recorder>();
-        for (const Row& row : rows) {
-            RunRow(row, false, false);
-            if (IsQuoted(row.request) && row.request.size() < kBytewiseMost)
-                RunRow(row, true, false);
-            if (!row.steps.empty() && row.steps.back().find("fails ") == 0)
-                RunRow(row, false, true);
-        }
+        if (!rows.empty())
+            RunRows(options, rows);
     }
 
 private:
-    void WriteTableFile(const std::pair<std::string, std::string>& file) {
-        WriteFile(file.first, IsQuoted(file.second) ? Unquote(file.second) : file.second);
+    void RunRows(const std::vector<std::string>& options, std::vector<Row>& rows) {
+        const int descriptors = Start(options).Descriptors();
+        m_recorder = std::make_unique<Recorder>();
+        for (Row& row : rows) {
+            SCOPED_TRACE(std::string(g_table) + ":" + std::to_string(row.line));
+            if (row.values.empty())
+                row.values.emplace_back();
+            for (const std::string& values : row.values) {
+                const std::vector<std::string> steps = StepsWith(row, values);
+                SCOPED_TRACE(values);
+                RunRow(steps, false, false);
+                if (StartsWith(steps[0], "\"") && steps[0].size() < kBytewiseMost)
+                    RunRow(steps, true, false);
+                if (StartsWith(steps.back(), "fails "))
+                    RunRow(steps, false, true);
+            }
+        }
+        m_client.reset();
+        EXPECT_TRUE(Running().SettlesAt(descriptors)) << Running().Descriptors();
     }
-    static Row ReadRow(int number, const std::string& text) {
-        const size_t arrow = text.rfind(" => ");
-        if (arrow == std::string::npos)
-            return {number, text, {}};
-        return {number, text.substr(0, arrow), {text.substr(arrow + 4)}};
+    void WriteTableFile(const std::string& text) {
+        const auto [name, content] = Cut(text, " ");
+        WriteFile(name, Unquote(content));
     }
     void RunCommand(int line, const std::string& text) {
         const auto [command, result] = Cut(text, " => ");
@@ -147,44 +171,35 @@ private:
         EXPECT_EQ(Cut(daemon.Output(), "\n").first, output) << g_table << ":" << line;
     }
     std::string Expand(std::string text) const {
-        for (size_t at = 0; (at = text.find('{', at)) != std::string::npos; ++at) {
-            const size_t end = text.find('}', at),
-                         star = text.find_first_not_of("0123456789", at + 1);
-            std::string value;
-            if (text.compare(at, 8, "{folder}") == 0)
-                value = Folder();
-            else if (end == std::string::npos || star == at + 1 || text[star] != '*')
-                continue;
-            else
-                for (int count = std::stoi(text.substr(at + 1)); count > 0; --count)
-                    value += text.substr(star + 1, end - star - 1);
-            text.replace(at, end + 1 - at, value);
+        static const std::regex kMark(R"(\{folder\}|\{(\d+)\*([^}]*)\})");
+        for (std::smatch mark; std::regex_search(text, mark, kMark);) {
+            std::string value = mark[1].matched ? "" : Folder();
+            for (int count = mark[1].matched ? std::stoi(mark[1]) : 0; count > 0; --count)
+                value += mark[2];
+            text = mark.prefix().str() + value + mark.suffix().str();
         }
         return text;
     }
 
-    void RunRow(const Row& row, bool bytewise, bool fails) {
-        const std::string place = std::string(g_table) + ":" + std::to_string(row.line);
-        SCOPED_TRACE(place + (bytewise ? " byte by byte" : fails ? " with a bad reply" : ""));
+    void RunRow(const std::vector<std::string>& steps, bool bytewise, bool fails) {
+        SCOPED_TRACE(bytewise ? "byte by byte" : fails ? "with a bad reply" : "");
         m_bytewise = bytewise;
         if (m_client == nullptr)
             m_client = std::make_unique<HttpClient>();
-        const auto [path, form] = Cut(row.request, " ");
-        Send(IsQuoted(row.request) ? Unquote(row.request) : Request(path, form));
-        m_hasBody = row.request.find("\"HEAD ") != 0;
+        const auto [path, form] = Cut(steps[0], " ");
+        Send(StartsWith(steps[0], "\"") ? Unquote(steps[0]) : Request(path, form));
+        m_hasBody = !StartsWith(steps[0], "\"HEAD ");
         m_furtherHeaders.clear();
-        for (const std::string& step : row.steps)
-            m_furtherHeaders += step.find("has ") == 0 ? step.substr(4) + "\r\n" : "";
-        const auto isExchange = [](const std::string& step) {
-            return step[0] == '?' || step[0] == '!';
-        };
-        auto exchanges = std::count_if(row.steps.begin(), row.steps.end(), isExchange);
-        const bool hasStatus =
-            std::any_of(row.steps.begin(), row.steps.end(),
-                        [](const std::string& step) { return isdigit(step[0]) != 0; });
-        for (const std::string& step : row.steps) {
-            const auto [verb, rest] = Cut(step, " ");
-            if (isExchange(step))
+        int exchanges = 0;
+        bool hasStatus = false;
+        for (const std::string& step : steps) {
+            m_furtherHeaders += StartsWith(step, "has ") ? step.substr(4) + "\r\n" : "";
+            exchanges += step[0] == '?' || step[0] == '!';
+            hasStatus = hasStatus || isdigit(step[0]) != 0;
+        }
+        for (size_t i = 1; i < steps.size(); ++i) {
+            const auto [verb, rest] = Cut(steps[i], " ");
+            if (verb == "?" || verb == "!")
                 TakeExchange(verb == "!", rest, fails && --exchanges == 0);
             else if (verb == "fails" && fails)
                 Read("200", rest);
@@ -208,10 +223,13 @@ private:
     void TakeExchange(bool write, const std::string& exchange, bool fails) {
         const auto [element, reply] = Cut(exchange, " => ");
         EXPECT_EQ(m_recorder->Receive(), write ? SetMessage(element) : QueryMessage(element));
-        m_recorder->Reply(fails             ? "no XML"
-                          : IsQuoted(reply) ? Unquote(reply)
-                          : write           ? SetReply(reply.empty() ? 3 : std::stoi(reply))
-                                            : QueryReply(reply));
+        if (StartsWith(reply, "stranger "))
+            Recorder(6001).Reply(Unquote(Cut(reply, " ").second));
+        else
+            m_recorder->Reply(fails                     ? "no XML"
+                              : StartsWith(reply, "\"") ? Unquote(reply)
+                              : write ? SetReply(reply.empty() ? 3 : std::stoi(reply))
+                                      : QueryReply(reply));
     }
     void Check(const std::string& verb, const std::string& rest) {
         if (verb == "send")
@@ -222,16 +240,19 @@ private:
         else if (verb == "takes")
             EXPECT_GE(m_answer.seconds, std::stod(rest) - 0.05);
         else if (verb == "prints")
-            Running().WaitFor(IsQuoted(rest) ? Unquote(rest) : rest, 1, m_printed);
+            Running().WaitFor(Unquote(rest), 1, m_printed);
         else if (verb == "vanish")
             m_client.reset();
-        else
+        else if (verb == "hangup") {
+            WriteTableFile(rest);
+            kill(Running().Pid(), SIGHUP);
+        } else
             Read(verb, rest);
     }
     void Read(const std::string& status, const std::string& rest) {
-        m_answer = m_client->Read(20, m_hasBody);
+        m_answer = m_client->Read(m_hasBody);
         const bool closed = Cut(rest, " ").first == "closed";
-        std::string expected = closed ? Cut(rest, " ").second : rest;
+        const std::string expected = closed ? Cut(rest, " ").second : rest;
         std::string body = m_answer.body;
         if (!m_answer.chunks.empty()) {
             EXPECT_EQ(m_answer.head, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n" +
@@ -277,6 +298,7 @@ TEST_F(Requests, AreAnsweredAsTheTableSays) {
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     umask(027); // nobody else may read a login file
+    setenv("TZ", "ABC-5:45", 1);
     g_table = argc > 1 ? argv[1] : "";
     return RUN_ALL_TESTS();
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include "tests/system/Daemon.h"
+#include "tests/support/Daemon.h"
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -32,20 +31,14 @@ bool ComesTrue(int seconds, const std::function<bool()>& condition) {
     return true;
 }
 
-std::string Last(const std::string& text, size_t bytes) {
-    return text.substr(text.size() - std::min(bytes, text.size()));
-}
-
 } // namespace
 
-Daemon::Daemon(const std::string& folder, const std::vector<std::string>& options,
-               const std::string& executable)
+Daemon::Daemon(const std::string& folder, const std::vector<std::string>& options)
     : m_log(folder + "/log") {
     while (fs::exists(m_log)) // another one's
         m_log += '+';
-    const std::string copy = folder + "/" + fs::path(executable).filename().string();
-    if (!fs::exists(copy))
-        fs::copy_file(executable, copy);
+    const std::string copy = folder + "/webctrl";
+    fs::copy_file(WEBCTRL_EXE, copy, fs::copy_options::skip_existing);
     std::vector<char*> arguments{const_cast<char*>(copy.c_str())};
     for (const std::string& each : options)
         arguments.push_back(const_cast<char*>(each.c_str()));
@@ -67,7 +60,7 @@ Daemon::~Daemon() {
         waitpid(m_pid, nullptr, 0);
     }
     if (::testing::Test::HasFailure())
-        printf("the daemon printed last:\n%s\n", Last(Output(), 2000).c_str());
+        printf("the daemon printed:\n%s\n", Output().c_str());
     // A sanitizer's report goes where the daemon's other lines go.
     EXPECT_EQ(Count(Output(), "Sanitizer") + Count(Output(), "runtime error"), 0) << Output();
 }
@@ -126,6 +119,7 @@ void SystemTest::WriteFile(const std::string& name, const std::string& content) 
 }
 
 Daemon& SystemTest::Start(const std::vector<std::string>& options) {
+    m_daemon.reset();
     m_daemon = std::make_unique<Daemon>(m_folder, options);
     m_daemon->WaitFor("Starting web server on port");
     return *m_daemon;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-// The real daemon, in a private network, from a folder of its own. So can any other program be run.
+// The real daemon, in a private network, from a folder of its own.
 
 #include <gtest/gtest.h>
 #include <memory>
@@ -12,8 +12,7 @@
 class Daemon {
 public:
     // Copies the executable to `folder` and starts it there.
-    explicit Daemon(const std::string& folder, const std::vector<std::string>& options = {},
-                    const std::string& executable = WEBCTRL_EXE);
+    explicit Daemon(const std::string& folder, const std::vector<std::string>& options = {});
     ~Daemon(); // ends it
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;

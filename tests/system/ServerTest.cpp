@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: GPL-2.0-only
+// What takes more than a request and its answer: many clients, limits, time, TLS.
+
+#include <atomic>
+#include <chrono>
+#include <ctime>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+#include <sys/resource.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+#include "tests/support/Capture.h"
+#include "tests/support/Daemon.h"
+#include "tests/support/HttpClient.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Sandbox.h"
+
+namespace {
+
+using std::chrono::steady_clock;
+
+const std::string kReply = QueryReply("<stVersion strAppVer=\"1\"/>");
+
+const std::string kPage(100000, 'p');
+
+class Server : public SystemTest {
+protected:
+    void SetUp() override {
+        SystemTest::SetUp();
+        WriteFile("page.html", kPage);
+    }
+    static void ExpectPage(HttpClient& client) {
+        client.Send(Request("/page.html"));
+        EXPECT_EQ(client.Read().body, kPage);
+    }
+};
+
+std::string Times(int count, const std::string& text) {
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+TEST_F(Server, SendsBehindAFullSocket) {
+    Daemon& daemon = Start();
+    Shell("echo 4096 4096 4096 >/proc/sys/net/ipv4/tcp_wmem");
+    Shell("echo 4096 65536 65536 >/proc/sys/net/ipv4/tcp_rmem");
+    HttpClient full;
+    full.Send(Times(2000, "GET /get_cpu_usage HTTP/1.1\r\n\r\n"));
+    full.EndInput();
+    // No more is answered than is read, but for a bit.
+    int answered = -1;
+    while (answered != std::exchange(answered, Count(daemon.Output(), "handle_get_cpu_usage.")))
+        usleep(200000);
+    EXPECT_LT(answered, 1500);
+    for (int i = 0; i < 2000; ++i)
+        ASSERT_EQ(full.Read().chunks.size(), 2u) << i;
+}
+
+TEST_F(Server, SendsFilesBehindFiles) {
+    Start();
+    HttpClient client;
+    constexpr int kFiles = 20;
+    const auto start = steady_clock::now();
+    for (int i = 0; i < kFiles; ++i)
+        ExpectPage(client);
+    const auto oneByOne = steady_clock::now() - start;
+    client.Send(Times(kFiles, Request("/page.html")));
+    for (int i = 0; i < kFiles; ++i)
+        EXPECT_EQ(client.Read().body, kPage);
+    EXPECT_LT(steady_clock::now() - start, 100 * oneByOne);
+}
+
+TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {
+    Start();
+    Recorder recorder;
+    constexpr int kClients = 4, kPipelined = 3;
+    HttpClient asking[kClients], newcomers[10], client;
+    for (HttpClient& each : asking)
+        each.Send(Times(kPipelined, Request("/get_VersionInfo")));
+    recorder.Receive();
+    client.Send(Request("/page.html"));
+    EXPECT_FALSE(recorder.HasMore(50)); // long enough for others to come before the next exchange
+    recorder.Reply(kReply);
+    EXPECT_EQ(client.Read().body, kPage); // the next one waits for its reply, and fails behind it
+    for (int i = 1; i < kClients * kPipelined; ++i) {
+        recorder.Receive();
+        recorder.Reply(kReply);
+    }
+    for (int i = 0; i < kClients * kPipelined; ++i)
+        EXPECT_EQ(asking[i % kClients].Read().body,
+                  "{ \"strFD_AppVersion\": \"1\", \"result\": 1 }");
+}
+
+// A recorder that takes 15 ms serves fewer than ask.
+TEST_F(Server, AnswersEverybodyAndNobodyWhoIsGone) {
+    Start();
+    Recorder recorder;
+    HttpClient clients[120];
+    for (HttpClient& each : clients)
+        each.Send(Request("/get_VersionInfo"));
+    HttpClient().Send(Request("/set_NetWModeInfo"));
+    std::atomic<bool> stop{false};
+    int asked = 0, answered = 0, refused = 0;
+    std::thread player([&] {
+        while (!stop) {
+            if (!recorder.HasMore(20))
+                continue;
+            EXPECT_EQ(recorder.Receive().find("DEVICE_SET"), std::string::npos);
+            usleep(15000);
+            recorder.Reply(kReply);
+            ++asked;
+        }
+    });
+    for (HttpClient& each : clients) {
+        const Answer answer = each.Read();
+        answered += answer.chunks.size() == 2;
+        refused += answer.head.find("503") == 9 &&
+                   answer.head.find("\r\nRetry-After: 1\r\n") != std::string::npos;
+    }
+    stop = true;
+    player.join();
+    EXPECT_EQ(answered, asked);
+    EXPECT_GE(refused, 1);
+    EXPECT_EQ(answered + refused, 120);
+}
+
+TEST_F(Server, ServesTheNewestWhereThereIsNoRoom) {
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    for (const bool isFew : {false, true}) {
+        const rlimit few{isFew ? 40 : limit.rlim_cur, limit.rlim_max};
+        setrlimit(RLIMIT_NOFILE, &few);
+        Daemon& daemon = Start();
+        setrlimit(RLIMIT_NOFILE, &limit);
+        const int idle = daemon.Descriptors();
+        std::vector<std::unique_ptr<HttpClient>> slow;
+        for (int i = 0; i < (isFew ? 60 : 160); ++i) {
+            slow.push_back(std::make_unique<HttpClient>());
+            slow.back()->Send("G");
+        }
+        HttpClient client;
+        ExpectPage(client);
+        EXPECT_TRUE(slow.front()->ClosedWithin(5));
+        EXPECT_TRUE(isFew || daemon.SettlesAt(idle + 128)) << daemon.Descriptors() - idle;
+        EXPECT_TRUE(isFew || !slow.back()->ClosedWithin(0));
+    }
+}
+
+TEST_F(Server, ClosesAConnectionIdleFor30Seconds) {
+    const pid_t daemon = Start().Pid();
+    HttpClient idle, started, active;
+    started.Send("GET / HT");
+    EXPECT_FALSE(idle.ClosedWithin(14));
+    ExpectPage(active);
+    EXPECT_FALSE(idle.ClosedWithin(14));
+    EXPECT_TRUE(idle.ClosedWithin(20));
+    EXPECT_TRUE(started.ClosedWithin(20));
+    EXPECT_FALSE(active.ClosedWithin(5));
+    // All the while it rested.
+    clockid_t clock;
+    timespec used{};
+    ASSERT_EQ(clock_getcpuclockid(daemon, &clock), 0);
+    ASSERT_EQ(clock_gettime(clock, &used), 0);
+    EXPECT_LT(used.tv_sec, 3);
+}
+
+TEST_F(Server, IsDelayedByNoFloodOfItsControlPort) {
+    Start();
+    std::atomic<bool> stop{false};
+    std::thread flood([&] {
+        Recorder peer(6002);
+        while (!stop)
+            peer.Reply("x");
+    });
+    HttpClient client;
+    client.Send(Request("/get_LangInfo"));
+    EXPECT_EQ(client.Read().body, "{ \"strLanguage\": \"EN\", \"result\": 0 }");
+    stop = true;
+    flood.join();
+}
+
+TEST_F(Server, TakesAnExecutablePathOf127BytesAndNoLonger) {
+    // A folder so deep that the path of the executable, FOLDER/webctrl, has the length asked for.
+    const auto folderFor = [&](size_t pathBytes) {
+        const std::string folder =
+            Folder() + "/" + std::string(pathBytes - Folder().size() - sizeof("/webctrl"), 'd');
+        std::filesystem::create_directory(folder);
+        return folder;
+    };
+    // One byte more than the path has is cut from "web_root", so that there is no such folder.
+    Daemon longest(folderFor(127));
+    longest.WaitFor("/web_roo\n");
+    longest.WaitFor("Cannot find web_root directory, exiting\n");
+    Daemon tooLong(folderFor(128));
+    EXPECT_EQ(tooLong.Wait(), 255);
+    EXPECT_EQ(tooLong.Output(), "CWebCtrl::Init, ip:127.0.0.1, port:6000.\n***Error***\n");
+}
+
+#ifdef WITH_TLS
+TEST_F(Server, SpeaksTlsAlone) {
+    const std::pair<const char*, std::string> cases[] = {
+        {"https://127.0.0.1/page.html https://127.0.0.1/none", kPage + "Not found\n"},
+        {"--tls-max 1.2 https://127.0.0.1/page.html", kPage},
+        {"--tls-max 1.1 --ciphers ALL:@SECLEVEL=0 https://127.0.0.1/page.html", ""},
+        {"http://127.0.0.1:443/page.html", ""},
+        {"-I https://127.0.0.1/page.html -o /dev/null -w %{http_code}", "200"},
+    };
+    const std::string pem = Folder() + "/pem";
+    Shell("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj /CN=x -addext"
+          " subjectAltName=IP:127.0.0.1 -keyout " +
+          pem + " -out " + pem + " 2>/dev/null");
+    Daemon& daemon = Start({"--tls-cert", pem, "--tls-key", pem});
+    const int descriptors = daemon.Descriptors();
+    {
+        HttpClient silent(443), broken(443), endless(443);
+        broken.Send("GET /page.html HTTP/1.1\r\n\r\n");
+        endless.Send("\x16\x03\x01\x40"); // the head of a record
+        for (const auto& [options, answer] : cases) {
+            const std::string command = "curl -s -m 20 --cacert " + pem + " " + options;
+            EXPECT_EQ(Capture([&] { EXPECT_NE(system(command.c_str()), -1); }).out, answer)
+                << options;
+        }
+        EXPECT_TRUE(daemon.SettlesAt(descriptors + 2));
+    }
+    EXPECT_TRUE(daemon.SettlesAt(descriptors));
+}
+#endif
+
+} // namespace
