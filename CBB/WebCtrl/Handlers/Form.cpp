@@ -70,7 +70,7 @@ void Form::Read(const WebField& field, void* block) {
     if (text[0] == '\0')
         return;
     char* at = static_cast<char*>(block) + field.offset;
-    const auto number = static_cast<uint32_t>(ToInt(text));
+    const int number = ToInt(text);
     const auto u8 = static_cast<uint8_t>(number);
     const auto u16 = static_cast<uint16_t>(number);
     switch (field.kind) {
@@ -81,8 +81,7 @@ void Form::Read(const WebField& field, void* block) {
         memcpy(at, &u16, sizeof(u16));
         break;
     case FieldKind::U32:
-        memcpy(at, &number, sizeof(number));
-        break;
+        break; // only answers have such
     case FieldKind::Text:
         strncpy(at, text, field.size - 1);
         break;

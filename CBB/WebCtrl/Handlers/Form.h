@@ -23,7 +23,8 @@ public:
     int Number(const char* name);
 
     // Fills the record at `block`. A number keeps the low bits that its field has, a text is cut to
-    // its field's size less one, and a missing form field leaves its record field as it is.
+    // its field's size less one, and a missing form field leaves its record field as it is. No form
+    // has numbers of 32 bits.
     template <size_t N>
     void Read(const WebField (&fields)[N], void* block) {
         for (const WebField& field : fields)

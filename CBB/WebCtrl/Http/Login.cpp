@@ -70,13 +70,12 @@ struct Login::Check {
     bool known; // false: nobody has this name, and the hash only takes its time
     Digest digest;
     uint32_t address;
-    bool matches = false;
+    bool matches;
     std::atomic<bool> done{false};
     ThreadHandle* thread = nullptr;
 
     ~Check() {
-        if (thread != nullptr)
-            ThreadStopAndFree(thread);
+        ThreadStopAndFree(thread);
         explicit_bzero(password.data(), password.size());
     }
 
