@@ -1,27 +1,21 @@
 // SPDX-License-Identifier: GPL-2.0-only
-#include <fstream>
-#include <gtest/gtest.h>
-#include <memory>
-#include <sched.h>
-#include <unistd.h>
-
 #include "CBB/Util/MyPing.h"
-#include "tests/support/Capture.h"
-#include "tests/support/Sandbox.h"
 
-namespace {
+#include <sched.h>
+
+#include "tests/unit/Unit.h"
 
 // PingHost in a process of that id, in a namespace where every id is free: 0 for `result`.
-int PingAs(pid_t pid, const char* host, int result) {
+static int PingAs(pid_t pid, const char* host, int result) {
     return unshare(CLONE_NEWPID) != 0 ? 1 : RunInChild([&] {
         std::ofstream("/proc/sys/kernel/ns_last_pid") << pid - 1 << std::flush;
         return RunInChild([&] { return getpid() == pid && PingHost(host) == result ? 0 : 1; });
     });
 }
 
-TEST(Ping, ReportTellsWhetherTheHostAnswers) {
-    std::string error;
-    ASSERT_TRUE(EnterSandbox(&error)) << error;
+using MyPing = InSandbox;
+
+TEST_F(MyPing, ReportTellsWhetherTheHostAnswers) {
     ReplaceFile("/etc/hosts", "192.168.50.1 peer.test\n");
     ReplaceFile("/etc/resolv.conf", "nameserver 127.0.0.1\n");
     const std::string sent = "): 56 bytes data in ICMP packets.\nsend_packet ok\n";
@@ -30,64 +24,58 @@ TEST(Ping, ReportTellsWhetherTheHostAnswers) {
     const std::string reply = "64 byte from 192.168.50.1: icmp_seq=1 ttl=64 rtt=# ms\n";
     const std::string answered = sent + "recv_packet ok.\n" + reply + title +
                                  "1 packets transmitted, 1 received , %0 lost\n";
-    const struct {
-        pid_t pid;
-        int result;
-        const char* host;
-        std::string out;
-        const char* err = "";
-    } rows[] = {
-        {300, -1, "192.168.50.1", "PING 192.168.50.1(192.168.50.1" + answered},
-        {65535, -1, "peer.test", "PING peer.test(192.168.50.1" + answered},
-        {65538, -1, "192.168.50.1",
+    const std::tuple<pid_t, const char*, int, std::string> rows[] = {
+        {300, "192.168.50.1", -1, "PING 192.168.50.1(192.168.50.1" + answered},
+        {65535, "peer.test", -1, "PING peer.test(192.168.50.1" + answered},
+        {65538, "192.168.50.1", -1,
          "PING 192.168.50.1(192.168.50.1" + sent + "recv_packet ok.\n" + lost},
-        {300, -1, "192.168.50.9", "PING 192.168.50.9(192.168.50.9" + sent + lost},
-        {300, -1, "10.1.1.1", "PING 10.1.1.1(10.1.1.1): 56 bytes data in ICMP packets.\n" + lost,
-         "sendto error"},
-        {300, 0, "nowhere.test", "", "gethostbyname error"},
+        {300, "192.168.50.9", -1, "PING 192.168.50.9(192.168.50.9" + sent + lost},
+        {300, "10.1.1.1", -1,
+         "PING 10.1.1.1(10.1.1.1): 56 bytes data in ICMP packets.\n" + lost + "sendto error"},
+        {300, "nowhere.test", 0, "gethostbyname error"},
     };
     for (const auto& row : rows) {
-        Captured ping;
+        const auto& [pid, host, result, told] = row;
+        std::string found;
         int attempts = 0;
         do { // on a busy machine the answer may come too late, and then counts as lost
-            ping = CaptureInChild([&] { return PingAs(row.pid, row.host, row.result); });
-            if (const size_t time = ping.out.find("rtt="); time != std::string::npos)
-                ping.out.replace(time, ping.out.find(" ms", time) - time, "rtt=#");
-        } while (ping.out != row.out && ++attempts < 20);
-        EXPECT_EQ(ping.out, row.out);
-        EXPECT_EQ(ping.err.substr(0, ping.err.find(':')), row.err);
-        EXPECT_EQ(ping.status, 0) << row.host;
+            const Captured ping = CaptureInChild(
+                [&row] { return PingAs(std::get<0>(row), std::get<1>(row), std::get<2>(row)); });
+            EXPECT_EQ(ping.status, 0) << host;
+            found = ping.out + ping.err.substr(0, ping.err.find(':'));
+            if (const size_t time = found.find("rtt="); time != std::string::npos)
+                found.replace(time, found.find(" ms", time) - time, "rtt=#");
+        } while (found != told && ++attempts < 20);
+        EXPECT_EQ(found, told);
     }
 }
 
-TEST(Ping, CountsOnlyTheReplyToItsRequest) {
+TEST(MyPingReply, CountsOnlyTheReplyToItsRequest) {
     const std::string tooShort = "ICMP packets's length is less than 8";
     // Of a ping that sent nothing: all that a reply has to repeat is 0.
-    const auto parse = [](int length, unsigned char header, size_t differs = 0) {
+    const auto parse = [](size_t length, int header, size_t differs = 0) {
         // Of exactly that size, so that a read past the end is found.
-        const auto bytes = std::make_unique<unsigned char[]>(static_cast<size_t>(length));
+        const auto bytes = std::make_unique<unsigned char[]>(length);
         if (length > 0) {
             bytes[differs] = 1;
-            bytes[0] = header;
+            bytes[0] = static_cast<unsigned char>(header);
         }
         CMyPing ping;
-        return Capture([&] { ping.ParseReply(bytes.get(), length); }).out.substr(0, 36);
+        return Capture([&] { ping.ParseReply(bytes.get(), static_cast<int>(length)); })
+            .out.substr(0, 36);
     };
-    EXPECT_EQ(parse(0, 0), tooShort);
-    EXPECT_EQ(parse(1, 0x45), tooShort);
-    EXPECT_EQ(parse(27, 0x45), tooShort);
-    EXPECT_EQ(parse(40, 0x4f), tooShort);
+    for (const auto& [length, header] :
+         {std::pair<size_t, int>{0, 0}, {1, 0x45}, {27, 0x45}, {40, 0x4f}})
+        EXPECT_EQ(parse(length, header), tooShort) << length;
+    for (const auto& [length, header] : {std::pair<size_t, int>{36, 0x45}, {16, 0x00}})
+        EXPECT_EQ(parse(length, header), "16 byte from 0.0.0.0: icmp_seq=0 ttl") << length;
     EXPECT_EQ(parse(35, 0x45), "");
-    EXPECT_EQ(parse(36, 0x45), "16 byte from 0.0.0.0: icmp_seq=0 ttl");
-    EXPECT_EQ(parse(16, 0x00), "16 byte from 0.0.0.0: icmp_seq=0 ttl");
     for (const size_t differs : {12, 15, 20, 25, 27, 28, 35}) // address, type, request, time
         EXPECT_EQ(parse(36, 0x45, differs), "") << differs;
 }
 
-TEST(Ping, Checksum) {
+TEST(MyPingReply, Checksum) {
     const unsigned char words[] = {0x00, 0x01, 0xf2, 0x03, 0xf4, 0xf5, 0xf6, 0xf7}; // of RFC 1071
     EXPECT_EQ(CMyPing::Checksum(words, 8), 0x0d22);
     EXPECT_EQ(CMyPing::Checksum("\x01\x02\x03", 3), 0xfdfb);
 }
-
-} // namespace

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#pragma once
+
+// What every unit test has at hand.
+
+#include <algorithm>
+#include <atomic>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "tests/support/Capture.h"
+#include "tests/support/Sandbox.h"
+
+// For cases that change the machine. A file's suite is this under its own name.
+class InSandbox : public testing::Test {
+protected:
+    void SetUp() override {
+        std::string error;
+        ASSERT_TRUE(EnterSandbox(&error)) << error;
+    }
+};

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/Util/FileFun.h"
+
+#include "tests/unit/Unit.h"
+
+TEST(FileFun, WholeFiles) {
+    const std::string path = testing::TempDir() + "filefun" + std::to_string(getpid());
+    const char* file = path.c_str();
+    size_t size = 0;
+    char text[32] = {};
+    EXPECT_EQ(6, WriteWholeFile("longer", 6, file));
+    EXPECT_EQ(0, ReplaceContentFile(file, "new"));
+    AppendTimestampedText(file, "more");
+    EXPECT_EQ(0, ReadWholeFile(text, 28, &size, file));
+    EXPECT_EQ(FileSize(file), static_cast<int64_t>(size));
+    std::replace_if(text, text + size, isdigit, '0');
+    EXPECT_STREQ("new\r\n[00/00/00 00:00:00]:mor", text);
+    WriteWholeFile("x", -1, file);
+    EXPECT_EQ(0, FileSize(file));
+    unlink(file);
+    const auto fail = [&text] {
+        EXPECT_EQ(-2, ReplaceContentFile("/", "x") + WriteWholeFile("xy", 2, "/"));
+        EXPECT_EQ(-2, WriteWholeFile("xy", 2, "/dev/full") + ReadWholeFile(text, 8, nullptr, "/"));
+    };
+    EXPECT_EQ("ReplaceContentFile, fopen [/] failed.\nerr while open file, fullpath=/\n"
+              "err while write file, fullpath=/dev/full, rc=0, except=2\nread file error\n",
+              Capture(fail).out);
+}

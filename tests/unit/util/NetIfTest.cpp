@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: GPL-2.0-only
+
+#include "tests/unit/util/Net.h"
+
+using NetIf = InSandbox;
+
+TEST_F(NetIf, IsReadAndChanged) {
+    const unsigned char mac[6] = {2, 0, 0x5e, 0x10, 0xab, 0xfe}, multicast[6] = {1};
+    EXPECT_EQ(Found(GetIfAddr, "eth0"), "0 192.168.50.2");
+    EXPECT_EQ(Found(GetIfAddr, "eth7"), "-1 0.0.0.7");
+    EXPECT_EQ(Found(GetIfNetmask, nullptr), "-2 0.0.0.7");
+    EXPECT_EQ(SetIfAddr("eth7", 1), -1);
+    EXPECT_EQ(SetIfNetmask(nullptr, 1), -2);
+    EXPECT_EQ(Told([&] { return SetMacAddress("eth7", mac); }),
+              "-1 SetMacAddress ioctl SIOCGIFFLAGS failed(No such device)");
+    EXPECT_EQ(Told([&] { return SetMacAddress("eth0", multicast); }),
+              "-1 SetMacAddress call ioctl failed(Cannot assign requested address)");
+    EXPECT_EQ(SetMacAddress("eth0", mac), 0);
+    Shell("ip link show eth0 | grep -q MULTICAST");
+    EXPECT_EQ(SetIfAddr("eth0", Ip("172.16.3.4")), 0);
+    EXPECT_EQ(SetIfNetmask("eth0", Ip("255.255.255.128")), 0);
+    Shell("ip link show eth0 | grep -q '<.*[<,]UP[,>]' && ip route add default via 172.16.3.1");
+    NetIfInfo info;
+    EXPECT_EQ(GetIfInfo("eth0", &info), 0);
+    EXPECT_EQ(info.uiAddr, Ip("172.16.3.4"));
+    EXPECT_EQ(info.uiNetmask, Ip("255.255.255.128"));
+    EXPECT_EQ(info.uiGateway, Ip("172.16.3.1"));
+    EXPECT_EQ(memcmp(info.ucMac, mac, 6), 0);
+    EXPECT_EQ(GetIfInfo("eth7", &info), 0);
+    EXPECT_EQ(info.uiAddr, 0U) << "what was there before is gone";
+}

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/Util/Printable.h"
+
+#include "tests/unit/Unit.h"
+
+TEST(Printable, ShowsNoControlCharactersAndNoSecrets) {
+    using namespace std::literals;
+    EXPECT_EQ(Printable("a\nb\r\t\x1b[31m\0\x7f\\"sv), "a\\x0ab\\x0d\\x09\\x1b[31m\\x00\\x7f\\");
+    EXPECT_EQ(Printable("\xe4\xbd\xa0 \xc3\x9f \x9b \xc2\x9b"),
+              "\xe4\xbd\xa0 \xc3\x9f \\x9b \\xc2\\x9b");
+    const std::pair<const char*, const char*> masked[] = {
+        {"<a b=\"1\" strFD_Passwd=\"x'y\" c='2'/>", "<a b=\"1\" strFD_Passwd=\"***\" c='2'/>"},
+        {"strFD_UserPasswd = 'x\"=y' z\n", "strFD_UserPasswd = '***' z\\x0a"},
+        {"<a WPAKEY=x/&=y>", "<a WPAKEY=***>"},
+        {"strFD_DevicePass=\"cut off", "strFD_DevicePass=\"***"},
+        {"id='=' strFD_Passwd=\"\"", "id='=' strFD_Passwd=\"***\""},
+        {"id='a strFD_Passwd=\"' strFD_Passwd=\"x\"", "id='***' strFD_Passwd=\"***\""},
+        {"id=\"q\" z='\" strFD_Passwd=\"x\"", "id=\"q\" z='***"},
+        {"monkey pass", "monkey pass"},
+        {"=", "="},
+    };
+    for (const auto& [text, shown] : masked) {
+        MaskSecrets(true);
+        EXPECT_EQ(Printable(text), shown);
+        MaskSecrets(false);
+        EXPECT_EQ(Printable(text).find("***"), std::string::npos) << text;
+    }
+}

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/Util/TimeFun.h"
+
+#include "tests/unit/Unit.h"
+
+TEST(TimeFun, DatesAreThoseOfTheCLibrary) {
+    Capture([] {
+        constexpr time_t week = 604800;
+        for (time_t t = 946684800; t < 4133980800; t += week / 7) { // 2000-01-01 to 2100-12-31
+            const time_t later = t + week;
+            const bool isLast = gmtime(&later)->tm_mon != gmtime(&t)->tm_mon;
+            const tm date = *gmtime(&t);
+            const int year = date.tm_year + 1900, month = date.tm_mon + 1, day = date.tm_mday;
+            ASSERT_EQ((date.tm_wday + 6) % 7, DayOfWeek(year, month, day));
+            for (int n = 0; n <= 4 && date.tm_wday == 0; ++n)
+                ASSERT_EQ(n == 4 ? isLast : n == (day - 1) / 7,
+                          day == NthSundayOfMonth(year, month, n));
+        }
+    });
+    const auto sundays = [] {
+        for (const auto& [n, day] : {std::pair{-1, 0}, {4, 31}, {5, 0}})
+            EXPECT_EQ(day, NthSundayOfMonth(2024, 3, n)) << n;
+    };
+    EXPECT_EQ("2024-3-31\n", Capture(sundays).out);
+    EXPECT_EQ(28, DaysInMonth(1900, 2));
+    EXPECT_EQ(31, DaysInMonth(2024, 13));
+}
+
+TEST(TimeFun, LocalTimesThereAndBack) {
+    // The zone, a moment, its text, and how much later the record's moment is (summer time).
+    const std::tuple<const char*, time_t, const char*, int> cases[] = {
+        {"<+08>-8", 1704038400, "2024-01-01 00:00:00", 0},
+        {"<+08>-8", 1704038399, "2023-12-31 23:59:59", 0},
+        {"<+0545>-5:45", 1709145900, "2024-02-29 00:30:00", 0},
+        {"EST5EDT,M3.2.0,M11.1.0", 1710053999, "2024-03-10 01:59:59", 0},
+        {"EST5EDT,M3.2.0,M11.1.0", 1710054000, "2024-03-10 03:00:00", 3600},
+        {"AEST-10AEDT,M10.1.0,M4.1.0/3", 1735649999, "2024-12-31 23:59:59", 3600},
+        {"UTC0", 4107542400, "2100-03-01 00:00:00", 0},
+    };
+    for (const auto& [zone, t, text, later] : cases) {
+        setenv("TZ", zone, 1);
+        char formatted[kTimeTextSize];
+        EXPECT_EQ(nullptr, FormatTimeText(t, formatted));
+        EXPECT_STREQ(text, formatted);
+        EXPECT_EQ(19, FormatTime(t + 60, formatted));
+        EXPECT_STREQ(FormatTimeText(t + 60, nullptr), formatted);
+        TIME_S human;
+        TimeUnixToHuman(t, &human);
+        EXPECT_EQ(t + later, TimeHumanToUnix(human)) << zone << ' ' << text;
+    }
+    TIME_S human;
+    EXPECT_EQ("Invalid UTC time,do not set time before 1970-1-1 00:00:00.",
+              Capture([&human] { TimeUnixToHuman(-1, &human); }).out);
+    const int64_t start = MicrosSince(0), wrapped = 3000000000 - 0x100000000;
+    MicroTimer timer = {static_cast<uint32_t>(start / 1000000 - 3000),
+                        static_cast<uint32_t>(start % 1000000), 0, 0};
+    const int64_t elapsed = TimerElapsedUs(&timer, true);
+    EXPECT_GE(elapsed, wrapped);
+    EXPECT_LE(elapsed, wrapped + MicrosSince(start));
+    EXPECT_DEATH(TimeUnixToHuman(std::numeric_limits<time_t>::max(), &human), "ret!=__null");
+}

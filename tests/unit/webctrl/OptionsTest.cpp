@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-2.0-only
+#include "CBB/WebCtrl/Options.h"
+
+#include "tests/unit/Unit.h"
+
+// What a command line is read as, or how it is refused; its words have a blank between them.
+static std::string Read(const std::string& line) {
+    std::vector<std::string> words{"webctrl"};
+    std::istringstream stream(line);
+    words.insert(words.end(), std::istream_iterator<std::string>(stream), {});
+    std::vector<char*> arguments;
+    for (std::string& word : words)
+        arguments.push_back(word.data());
+    arguments.push_back(nullptr);
+    const Captured child = CaptureInChild([&] {
+        const Options o = ReadOptions(static_cast<int>(words.size()), arguments.data());
+        printf("%d %s:%d [%s]", o.port, o.recorderIp.c_str(), o.recorderPort, o.webRoot.c_str());
+        for (const std::string& host : o.allowedHosts)
+            printf(" %s", host.c_str());
+        printf("%s", o.maskSecrets ? " masked" : "");
+        printf(" [%s] [%s] [%s]", o.loginFile.c_str(), o.tlsCert.c_str(), o.tlsKey.c_str());
+        return 0;
+    });
+    return std::to_string(WEXITSTATUS(child.status)) + " " +
+           child.out.substr(0, child.out.find('\n')) + child.err;
+}
+
+TEST(Options, AreTakenOrRefused) {
+    const std::string root(127, 'r'),
+        recorder = "--recorder takes IP:PORT, such as 127.0.0.1:6000, not ";
+    const std::string port = "--port takes a number from 1 to 65535, not ";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", "80 127.0.0.1:6000 [] [] [] []"},
+        {"--port 1 --recorder=0.0.0.0:65535 --mask-secrets", "1 0.0.0.0:65535 [] masked [] [] []"},
+        {"--allow-host a-Z.9 --allow-host=b --login l", "80 127.0.0.1:6000 [] a-Z.9 b [l] [] []"},
+        {"--tls-cert c --tls-key k --web-root " + root,
+         "443 127.0.0.1:6000 [" + root + "] [] [c] [k]"},
+        {"--tls-cert c --tls-key k --port 65535", "65535 127.0.0.1:6000 [] [] [c] [k]"},
+        {"--help --frob", "Usage: webctrl [OPTION]..."},
+        {"--version", "webctrl 1.0.0"},
+    };
+    for (const auto& [line, read] : cases)
+        EXPECT_EQ(Read(line), "0 " + read);
+    const std::pair<std::string, std::string> refused[] = {
+        {"--port 0", port + "'0'"},
+        {"--port 65536", port + "'65536'"},
+        {"--port 100000", port + "'100000'"},
+        {"--port 80x", port + "'80x'"},
+        {"--port=", port + "''"},
+        {"--port", "--port needs a value"},
+        {"--recorder host:6000", recorder + "'host:6000'"},
+        {"--recorder 127.0.0.1", recorder + "'127.0.0.1'"},
+        {"--recorder 127.0.0.1:0", recorder + "'127.0.0.1:0'"},
+        {"--web-root=", "--web-root takes a path of 1 to 127 bytes"},
+        {"--web-root " + root + "r", "--web-root takes a path of 1 to 127 bytes"},
+        {"--web-root a,b", "--web-root cannot take a path with ',' or '=': 'a,b'"},
+        {"--allow-host a_b", "--allow-host takes a domain name, not 'a_b'"},
+        {"--allow-host=", "--allow-host takes a domain name, not ''"},
+        {"--login=", "--login takes the path of a file"},
+        {"--tls-cert=", "--tls-cert takes the path of a file"},
+        {"--tls-key x", "--tls-cert and --tls-key belong together"},
+        {"--frob", "unknown option '--frob'"},
+        {"frob", "unexpected 'frob'"},
+    };
+    for (const auto& [line, reason] : refused)
+        EXPECT_EQ(Read(line), "2 webctrl: " + reason + "; try --help\n");
+}
