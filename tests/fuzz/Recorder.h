@@ -17,7 +17,7 @@ inline void Require(bool holds) {
 
 // What the recorder replies to a datagram, cut to 1024 bytes; nothing comes where it is empty.
 // Every datagram is required to be shown in docs/recorder-protocol.md: a query as it stands there,
-// a write in well-formed XML of the same elements and attributes, whatever their values are.
+// a write but for its values.
 extern std::function<std::string(const std::string& datagram)> g_recorder;
 
 // The controller of that recorder, without the pause and the second web thread of a restart.

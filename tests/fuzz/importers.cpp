@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The first byte picks a block of the record ('A' the first), the rest is its section's XML text.
+#include "tests/fuzz/Recorder.h"
 #include "tests/unit/config/Sections.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0)
         return 0;
-    const Import& import = Importers()[static_cast<uint8_t>(data[0] - 'A') % Importers().size()];
+    const Import import = kImporters[static_cast<uint8_t>(data[0] - 'A') % kImporters.size()];
     const Element element(std::string(data + 1, data + size));
-    if (!import)
-        return 0;
-    CConfig_Task task;
     const auto record = std::make_unique<DeviceParaRecord>();
-    const int result = import(task, element.Get(), record.get());
-    if (result < -1 || result > 1)
-        __builtin_trap();
+    const int result = import ? (Task().*import)(element.Get(), record.get()) : 0;
+    Require(result >= -1 && result <= 1);
     return 0;
 }

@@ -3,29 +3,18 @@
 #include <cstring>
 
 #include "CBB/Util/NetText.h"
-
-namespace {
-
-template <size_t N>
-void CheckTerminated(const char (&text)[N]) {
-    if (strnlen(text, N) == N)
-        __builtin_trap();
-}
-
-} // namespace
+#include "tests/fuzz/Recorder.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);
     for (const RouteForm& form : {kRouteLookup, kRouteDeletion, kRouteList})
         for (const RouteRow& row : ParseRoutes(text, form))
-            CheckTerminated(row.szIfName);
+            Require(strnlen(row.szIfName, sizeof(row.szIfName)) < sizeof(row.szIfName));
 
-    constexpr int kSlots = 3;
-    DnsServerText servers[kSlots];
-    const int count = ParseNameServers(text, servers, kSlots);
-    if (count < 0 || count > kSlots)
-        __builtin_trap();
+    DnsServerText servers[3];
+    const int count = ParseNameServers(text, servers, 3);
+    Require(count >= 0 && count <= 3);
     for (int i = 0; i < count; ++i)
-        CheckTerminated(servers[i]);
+        Require(strnlen(servers[i], sizeof(servers[i])) < sizeof(servers[i]));
     return 0;
 }

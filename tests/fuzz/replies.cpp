@@ -1,38 +1,23 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The input is what the recorder replies to each query of a read route; a NUL ends a reply, and the
 // last one is repeated.
-#include <charconv>
 #include <cstring>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "CBB/WebCtrl/Handlers/Handlers.h"
+#include "CBB/WebCtrl/Http/ChunkedBody.h"
 #include "CBB/WebCtrl/Link/ControlMessage.h"
 #include "tests/fuzz/Recorder.h"
 
-namespace {
-
-void Skip(std::string_view& text, std::string_view what) {
-    Require(text.substr(0, what.size()) == what);
-    text.remove_prefix(what.size());
+static std::string BodyOf(std::string answer) {
+    const std::string head = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+    Require(answer.compare(0, head.size(), head) == 0);
+    answer.erase(0, head.size());
+    Require(MeasureChunks(answer).wireBytes == answer.size());
+    answer.resize(JoinChunks(answer.data(), answer.size()));
+    return answer;
 }
-
-std::string JoinChunks(std::string_view answer) {
-    std::string body;
-    Skip(answer, "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n");
-    for (size_t size = 1; size != 0;) {
-        const auto digits = std::from_chars(answer.begin(), answer.end(), size, 16);
-        Require(digits.ec == std::errc());
-        answer.remove_prefix(static_cast<size_t>(digits.ptr - answer.begin()));
-        Skip(answer, "\r\n");
-        body += answer.substr(0, size);
-        Skip(answer, std::string(answer.substr(0, size)) + "\r\n");
-    }
-    Require(answer.empty());
-    return body;
-}
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string replies(data, data + size);
@@ -46,7 +31,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             at += replies.find('\0', at) == std::string::npos ? 0 : reply.size() + 1;
             return reply;
         };
-        const std::string body = JoinChunks(Ask(controller, route.path, ""));
+        const std::string body = BodyOf(Ask(controller, route.path, ""));
         Require(nlohmann::json::accept(body) && body.find('<') == std::string::npos);
     }
 

@@ -1,19 +1,28 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-#include <functional>
 #include <string>
 #include <tinyxml.h>
 #include <vector>
 
 #include "CBB/Config/Config_Task.h"
 
-using T = CConfig_Task;
-using Import = std::function<int(T&, const TiXmlElement*, DeviceParaRecord*)>;
+// With every importer in one form.
+struct Task : CConfig_Task {
+    template <int block, bool skipPhone>
+    int Vehicle(const TiXmlElement* section, DeviceParaRecord* record) {
+        return Import_VehicleInfo(section, record, block, skipPhone);
+    }
+    template <int block>
+    int Cms(const TiXmlElement* section, DeviceParaRecord* record) {
+        return Import_stCMS(section, record, block);
+    }
+};
+using Import = int (Task::*)(const TiXmlElement*, DeviceParaRecord*);
 
 // What fills each block of the record, in its order; null for what no importer fills. What each
 // reads and where it goes stands in sections.txt.
-const std::vector<Import>& Importers();
+extern const std::vector<Import> kImporters;
 
 struct Element {
     explicit Element(const std::string& xml) { document.Parse(xml.c_str()); }

@@ -2,15 +2,10 @@
 // Every section of the record, whole.
 #include "tests/unit/config/Sections.h"
 
-#include <algorithm>
-#include <cstring>
-#include <fstream>
-#include <gtest/gtest.h>
-
-namespace {
+#include "tests/unit/Unit.h"
 
 // Both have the three power flags set, which an import keeps.
-constexpr unsigned char kPatterns[] = {0xE1, 0xFE};
+static constexpr unsigned char kPatterns[] = {0xE1, 0xFE};
 
 struct Section {
     Import import;
@@ -19,33 +14,30 @@ struct Section {
 };
 
 // The last has neither importer nor element: what lies behind the others.
-std::vector<Section> ReadSections() {
+static std::vector<Section> ReadSections() {
     std::ifstream file(SECTIONS);
     std::vector<Section> sections;
-    const auto next = [&] {
-        std::string line;
-        while (std::getline(file, line) && line[0] == '#')
-            ;
-        return line;
-    };
-    for (const Import& import : Importers())
-        if (import) {
-            const std::string xml = next();
-            sections.push_back({import, xml, next()});
-        }
-    sections.push_back({nullptr, "", next()});
+    auto importer = kImporters.begin();
+    for (std::string line; std::getline(file, line);) {
+        const size_t arrow = line.find("=> ");
+        if (arrow == std::string::npos)
+            continue; // a comment
+        importer = std::find_if(importer, kImporters.end(), [](Import each) { return each; });
+        sections.push_back({importer == kImporters.end() ? nullptr : *importer++,
+                            line.substr(0, arrow), line.substr(arrow + 3)});
+    }
     return sections;
 }
 
 // Imports into a record full of `pattern`. Afterwards it must hold `bytes` at `offset`, and nothing
 // else may have changed.
-void ExpectImport(const Import& import, const std::string& xml, int result, unsigned char pattern,
-                  const std::string& bytes = "", size_t offset = 0) {
+static void ExpectImport(Import import, const std::string& xml, int result, unsigned char pattern,
+                         const std::string& bytes = "", size_t offset = 0) {
     const Element element(xml);
-    T task;
+    Task task;
     DeviceParaRecord record;
     memset(&record, pattern, sizeof(record));
-    EXPECT_EQ(import(task, element.Get(), &record), result) << xml;
+    EXPECT_EQ((task.*import)(element.Get(), &record), result) << xml;
     std::string expected(sizeof(record), static_cast<char>(pattern));
     for (size_t i = 0; i < bytes.size(); i += 2)
         if (bytes[i] != '.')
@@ -73,46 +65,49 @@ TEST(Sections, EveryFieldAndNoOtherByte) {
         << "tests/unit/config/Sections.cpp or sections.txt describes another record";
 }
 
-TEST(Sections, NothingIsRead) {
-    // By the digits of an index in that table, without which there are 0.
-    const struct {
-        size_t digitsLeast, digitsMost;
-        const char* row;
-        int result;
-    } cases[] = {{1, 2, "r", -1},
-                 {1, 2, "r_", -1},
-                 {1, 1, "r_10", -1},
-                 {1, 1, "r_-1", -1},
-                 {2, 2, "r_-1", 0}};
+TEST(Sections, ARowNeedsAnIndex) {
     int tables = 0;
     for (const Section& section : ReadSections()) {
         if (!section.import)
             break;
         ExpectImport(section.import, "", -1, kPatterns[0]);
         ExpectImport(section.import, "<s><other><row_0/></other></s>", 0, kPatterns[0]);
-        const Element element(section.xml);
-        const TiXmlElement* table = element.Get()->FirstChildElement();
-        for (; table != nullptr; table = table->NextSiblingElement(), ++tables) {
-            // The last row is one too many.
-            const TiXmlElement* row = table->LastChild()->ToElement();
-            const std::string name = table->ValueStr(), digits = row->ValueStr().substr(3);
-            std::string attributes;
-            for (auto at = row->FirstAttribute(); at != nullptr; at = at->Next())
-                attributes += " " + std::string(at->Name()) + "=\"" + at->Value() + "\"";
-            const auto expect = [&](const std::string& tableName, const char* first, int result) {
-                ExpectImport(section.import,
-                             "<s><" + tableName + "><" + first + attributes + "/><r" +
-                                 (digits.empty() ? "_9" : digits) + attributes + "/></" +
-                                 tableName + "></s>",
-                             result, kPatterns[0]);
-            };
-            for (const auto& c : cases)
-                if (digits.size() > c.digitsLeast && digits.size() <= c.digitsMost + 1)
-                    expect(name, c.row, c.result);
-            expect("S" + name.substr(1), "r_0", 0);
+        const size_t row = section.xml.find("<row");
+        if (row == std::string::npos)
+            continue;
+        ++tables;
+        const size_t name = row + strlen("<row"), digits = section.xml.find(' ', name) - name;
+        for (const std::string index : {"", "_", "_10", "_-1"}) {
+            const Element element(std::string(section.xml).replace(name, digits, index));
+            const bool refused = digits == 2 || (digits == 3 && index.size() < 2);
+            EXPECT_EQ((Task().*section.import)(element.Get(), nullptr), refused ? -1 : 0)
+                << index << " in " << section.xml;
         }
     }
-    EXPECT_EQ(tables, 14);
+    EXPECT_EQ(tables, 13);
 }
 
-} // namespace
+// A refused device number and the rows of the IP cameras are printed; a row beyond the one camera
+// leaves the periods their turn, a malformed one does not.
+TEST(Sections, Printed) {
+    Task task;
+    const auto print = [&](Import import, const std::string& xml, int result) {
+        return Capture([&] { EXPECT_EQ((task.*import)(Element(xml).Get(), nullptr), result); }).out;
+    };
+    EXPECT_EQ(print(&Task::Import_stBaseInfo, "<s strFD_DeviceNo='1234567890123456'/>", -1),
+              "CConfig_Task::Import_stBaseInfo, invalid device id:1234567890123456.\n");
+    const std::string period =
+        "<stFunTPeriod><p_-1 ucFD_Valid='1'/><p_06 strFD_Wday='x11111111' other='y' "
+        "strFD_StartT='junk' strFD_EndT='7'/></stFunTPeriod></s>";
+    EXPECT_EQ(print(&Task::Import_Ipc, "<s><stChnIpc><c/></stChnIpc>" + period, -1), "");
+    EXPECT_EQ(print(&Task::Import_Ipc,
+                    "<s strFD_User='u'><stChnIpc><c_0 uiFD_IP='a'/><c_1 uiFD_IP='b'/></stChnIpc>" +
+                        period,
+                    0),
+              "Value: uiFD_IP=a\nValue: strFD_Wday=x11111111\nValue: other=y\n"
+              "Value: strFD_StartT=junk\nValue: strFD_EndT=7\n");
+    const FunTPeriodPara& read = task.m_stPara.stIpc.stFunTPeriod[6];
+    EXPECT_EQ(read.strFD_Wday, 0x7E);
+    EXPECT_EQ(read.strFD_StartT, 0U);
+    EXPECT_EQ(read.strFD_EndT, 7 * 3600U);
+}
