@@ -36,6 +36,7 @@ const node = [
   "Event",
   "requestAnimationFrame",
   "innerWidth",
+  "matchMedia",
   "structuredClone",
   "Headers",
 ];
@@ -101,7 +102,7 @@ export default [
     },
   },
   {
-    files: ["**/tests/browser/*.js", "**/tests/fleet/*.js", "**/tools/fleet/*.js"],
+    files: ["**/tests/browser/*.js", "**/tests/fleet/*.js", "**/tools/fleet/*.js", "**/bench/*.js"],
     languageOptions: { globals: globals([...node, ...browser]) },
     rules,
   },

@@ -1,18 +1,17 @@
 // SPDX-License-Identifier: GPL-2.0-only
-// A depot: many simulated recorders in few processes, and before each a real daemon as on a vehicle, in a
-// network namespace of its own with an eth0 whose address is of 127/8. run gives the bridge's namespace.
+// A depot: simulated recorders, and before each a real daemon as on a vehicle, in a network
+// namespace of its own with an eth0 whose address is of 127/8. run gives the bridge's namespace.
 
-import { spawn, spawnSync } from "node:child_process";
+import { execFileSync, spawn } from "node:child_process";
 import { once } from "node:events";
 import { mkdtempSync, readFileSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
 
-const { BUILD_DIR } = process.env;
-const SIMULATOR = join(BUILD_DIR, "tools/recorder_sim/recorder_sim");
-const DAEMON = join(BUILD_DIR, "CBB/WebCtrl/webctrl");
+export const SIMULATOR = join(process.env.BUILD_DIR, "tools/recorder_sim/recorder_sim");
+export const DAEMON = join(process.env.BUILD_DIR, "CBB/WebCtrl/webctrl");
 const GATE = "127.1.255.254"; // the bridge; the simulators listen on its ports from 6001 on
-const address = (index) => `127.1.${(index + 1) >> 8}.${(index + 1) & 255}`;
+const address = (number) => `127.1.${number >> 8}.${number & 255}`;
 
 // Loopback addresses cross a link once the kernel is told so and does not keep them to itself.
 const OPEN_LOOPBACK = `
@@ -31,76 +30,61 @@ const VEHICLE = `set -e; ${OPEN_LOOPBACK}
   nsenter --net=/proc/$PPID/ns/net ip link set v$number master br0 up
   exec "$@"`;
 
-/** Starts a program and resolves when it has printed `ready` `times` times. */
-async function start(program, args, ready, times = 1) {
+/** Starts a program and resolves when it has printed `ready`. */
+export async function start(program, args, ready) {
   const child = spawn(program, args, { stdio: ["ignore", "pipe", "ignore"] });
-  const over = once(child, "exit").then(() => {
-    throw new Error(`${program} ended`);
-  });
-  for (let text = ""; text.split(ready).length <= times;)
-    text += (await Promise.race([once(child.stdout, "data"), over]))[0];
-  over.catch(() => {}); // from now on it may
-  child.stdout.resume();
-  return child;
+  let text = "";
+  for await (const part of child.stdout.iterator({ destroyOnReturn: false })) {
+    text += part;
+    if (text.includes(ready)) return child.stdout.resume() && child;
+  }
+  throw new Error(`${program} ended`);
+}
+
+export async function end(child) {
+  if (child.exitCode === null && child.kill("SIGKILL")) await once(child, "exit");
 }
 
 export class Depot {
   folder = mkdtempSync(join(tmpdir(), "depot-"));
   hosts = [];
-  files = [];
   children = [];
   daemonOptions = [];
 
   /** A vehicle for each of the counts; `kinds` has rows [count, ...options of the simulator]. */
   static async open(...kinds) {
+    execFileSync("bash", ["-c", BRIDGE]);
     const depot = new Depot();
-    const made = spawnSync("bash", ["-c", BRIDGE], { encoding: "utf8" });
-    if (made.status !== 0) throw new Error(made.stderr);
     for (const kind of kinds) await depot.add(...kind);
     return depot;
   }
 
-  /** More vehicles; `daemonOptions` are those of their daemons. */
+  /** More vehicles; {n} in an option is each one's number. `daemonOptions` are those of their daemons. */
   async add(count, ...options) {
     const first = this.hosts.length;
-    const numbers = Array.from({ length: count }, (_, n) => first + n);
-    this.hosts.push(...numbers.map(address));
-    const named = [
-      "--state",
-      join(this.folder, `${first}-{n}.xml`),
-      "--set",
-      `stBaseInfo.strFD_DeviceNo=BUS-${first}-{n}`,
-    ];
-    const endpoint = ["--listen", `${GATE}:${6001 + first}`, "--count", String(count)];
-    this.children.push(await start(SIMULATOR, [...endpoint, ...named, ...options], "listening", count));
-    for (const number of numbers) this.files.push(join(this.folder, `${first}-${number - first + 1}.xml`));
-    await Promise.all(numbers.map((number) => this.drive(number)));
+    const numbers = Array.from({ length: count }, (_, n) => n + 1);
+    this.hosts.push(...numbers.map((n) => address(first + n)));
+    await Promise.all(
+      numbers.map((n) =>
+        this.drive(
+          first + n - 1,
+          options.map((option) => option.replace("{n}", n)),
+        ),
+      ),
+    );
   }
 
-  async drive(number) {
-    const vehicle = ["--net", "bash", "-c", VEHICLE, "-", String(number), address(number)];
-    const daemon = [
-      DAEMON,
-      "--web-root",
-      "web_root",
-      "--recorder",
-      `${GATE}:${6001 + number}`,
-      ...this.daemonOptions,
-    ];
+  async drive(index, options) {
+    const recorder = `${GATE}:${6001 + index}`;
+    const kept = ["--listen", recorder, "--state", this.file(index)];
+    this.children.push(await start(SIMULATOR, [...kept, ...options], "listening"));
+    const vehicle = ["--net", "bash", "-c", VEHICLE, "-", index, this.hosts[index]];
+    const daemon = [DAEMON, "--web-root", "web_root", "--recorder", recorder, ...this.daemonOptions];
     this.children.push(await start("unshare", [...vehicle, ...daemon], "Starting web server"));
   }
 
+  file = (index) => join(this.folder, `${index}.xml`);
   /** The text of a recorder's state. */
-  state(number) {
-    return readFileSync(this.files[number], "utf8");
-  }
-
-  async close() {
-    await Promise.all(
-      this.children.map((child) => {
-        child.kill("SIGKILL");
-        return once(child, "exit");
-      }),
-    );
-  }
+  state = (index) => readFileSync(this.file(index), "utf8");
+  close = () => Promise.all(this.children.map(end));
 }

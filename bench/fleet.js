@@ -2,15 +2,11 @@
 // How long recorder-fleet takes to read 200 recorders of which 20 are silent, and its peak memory. The silent
 // ones are the last, so that they wait with nobody beside them.
 
-import assert from "node:assert/strict";
 import { spawnSync } from "node:child_process";
 import { mkdtempSync, readdirSync } from "node:fs";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
-import { Depot } from "./depot.js";
-
-const MOST_S = 20;
-const MOST_MIB = 150;
+import { Depot } from "../tests/fleet/depot.js";
 
 const depot = await Depot.open([180], [20, "--drop=1"]);
 const folder = mkdtempSync(join(tmpdir(), "measure-"));
@@ -31,5 +27,4 @@ const files = readdirSync(folder).filter((name) => name.startsWith("127.")).leng
 process.stdout.write(
   `${files} of ${depot.hosts.length} read in ${seconds.toFixed(1)} s, peak memory ${mebibytes.toFixed(0)} MiB\n`,
 );
-assert.ok(files === 180 && seconds < MOST_S && mebibytes < MOST_MIB);
 await depot.close();
