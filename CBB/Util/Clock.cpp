@@ -71,7 +71,12 @@ char* TimeText() {
 }
 
 tm* LocalTime(time_t t, tm* local) {
-    tzset(); // localtime_r need not look at the zone again by itself
+    // localtime_r need not look at the zone again by itself. Looking is a stat(2) of the zone file,
+    // dear beside the rest of an answer.
+    static std::atomic<time_t> lookedAt{-1};
+    const time_t now = time(nullptr);
+    if (lookedAt.exchange(now) != now)
+        tzset();
     return localtime_r(&t, local);
 }
 

@@ -24,8 +24,8 @@ void SleepMs(uint32_t ms);
 // The present local time as ctime(3) writes it, with its newline, in ctime's static buffer.
 char* TimeText();
 
-// Fills *local with the local time in the zone that is in force now (TZ or the system's zone file
-// may have changed since the start) and returns it; null when t is beyond every calendar.
+// Fills *local with the local time and returns it; null when t is beyond every calendar. A change
+// of TZ or of the system's zone file is seen in the next second.
 tm* LocalTime(time_t t, tm* local);
 
 // One stopwatch for the process, without a lock, by the wall clock.

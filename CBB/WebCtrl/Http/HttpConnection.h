@@ -4,8 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "CBB/Util/Console.h"
-
 struct mg_connection;
 struct mg_http_message;
 
@@ -37,7 +35,6 @@ public:
     // loop. Then sends what the socket takes.
     template <typename AnswerWith>
     void Answer(mg_http_message& message, AnswerWith answer) {
-        const ConsoleBatch lines; // are written while the client has the answer already
         BeginAnswer(message);
         answer();
         EndAnswer();

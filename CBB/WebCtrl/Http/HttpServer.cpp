@@ -90,6 +90,7 @@ void HttpServer::Abandon() {
 void HttpServer::Turn() {
     const bool busy = std::exchange(m_hasMore, false) || m_queue.IsWaitedFor();
     const int restMs = IsLoginHashing() ? kHashingPollMs : m_isCrowded ? kCrowdedPollMs : kPollMs;
+    const ConsoleBatch lines; // are written while the clients have their answers already
     mg_mgr_poll(m_library.get(), busy ? 0 : restMs);
 }
 

@@ -39,6 +39,7 @@ TEST(TimeFun, LocalTimesThereAndBack) {
     };
     for (const auto& [zone, t, text, later] : cases) {
         setenv("TZ", zone, 1);
+        tzset();
         char formatted[kTimeTextSize];
         EXPECT_EQ(nullptr, FormatTimeText(t, formatted));
         EXPECT_STREQ(text, formatted);
