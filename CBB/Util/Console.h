@@ -8,13 +8,13 @@
 // a line of its own as soon as writing works again. Any thread may print.
 
 // Makes both descriptors this process's own where that can be done, so that writing to them never
-// waits and nobody else's writing is changed; opens those that are closed, which a connection would
-// get otherwise. The end of a pipe's reader ends the process no more (SIGPIPE). To be called before
-// anything is printed or opened.
+// waits and nobody else's writing is changed. A closed one is opened on /dev/null, or a connection
+// would get its number. A pipe without a reader no longer ends the process (SIGPIPE). Call it
+// before anything is printed or opened.
 void OpenConsole();
 
 // Gathers what its thread prints to standard output, and writes it when it ends: one write(2) costs
-// as much as making a dozen lines. One within another belongs to that.
+// as much as making a dozen lines. A batch within another leaves the writing to that one.
 class ConsoleBatch {
 public:
     ConsoleBatch();

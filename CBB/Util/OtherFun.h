@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-// The device's housekeeping, all of it.
+// Includes all of the device's housekeeping.
 #include "CBB/Util/FileFun.h"
 #include "CBB/Util/SystemControl.h"
 #include "CBB/Util/TextFun.h"
