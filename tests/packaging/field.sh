@@ -16,14 +16,9 @@ private_machine() {
     [ "$(id -u)" = 0 ] || user=(--map-root-user)
     FIELD_IS_PRIVATE=1 exec unshare "${user[@]}" --net --mount --pid --fork --kill-child --mount-proc -- "$BASH" "$0" "$@"
   fi
-  PATH=$PATH:/usr/sbin:/sbin scratch=/run/scratch
-  { mount -t tmpfs none /run && mkdir $scratch && ip -batch -; } <<'END' || exit 1
-link set lo up
-link add eth0 type veth peer name peer0
-addr add 192.168.50.2/24 brd 192.168.50.255 dev eth0
-link set eth0 up
-link set peer0 up
-END
+  PATH=$PATH:/usr/sbin:/sbin scratch=/run/scratch peer=/proc/self/ns/net
+  # shellcheck source=tests/support/furnish
+  source "${BASH_SOURCE%/*}/../support/furnish" && mkdir $scratch
 }
 
 # check NAME COMMAND...: passed when the command is. It runs in this shell, and what it leaves in the
@@ -41,10 +36,7 @@ check() {
   fi
 }
 
-totals() {
-  echo "checks passed: $passed, failed: $failed"
-  [ "$failed" = 0 ] && [ "$passed" -gt 0 ]
-}
+totals() { echo "checks passed: $passed, failed: $failed" && [ "$failed" = 0 ] && [ "$passed" -gt 0 ]; }
 
 # await LINE COMMAND...: starts a program and returns once its output holds LINE; fails when that ends
 # first, or after 20 seconds. Its process is $started, its output in $scratch/PROGRAM.log.
@@ -61,21 +53,13 @@ served="Starting web server on port"
 # Whether another user can be had.
 alone() { [ "$(awk '{ n += $3 } END { print n }' /proc/self/uid_map)" = 1 ]; }
 
-end_started() {
-  kill "$started" && tail --pid="$started" -f /dev/null
-}
+end_started() { kill "$started" && tail --pid="$started" -f /dev/null; }
 
 # fetch PATH [CURL OPTION...]: the body, decompressed; fails on any other status than 200.
-fetch() {
-  curl --silent --show-error --fail --max-time 20 --compressed "http://127.0.0.1$1" "${@:2}"
-}
+fetch() { curl --silent --show-error --fail --max-time 20 --compressed "http://127.0.0.1$1" "${@:2}"; }
 
 # answers PATH TEXT [CURL OPTION...]
-answers() {
-  local body
-  body=$(fetch "$1" "${@:3}") || return
-  [[ $body == *"$2"* ]] || { printf 'got: %s\nwanted: %s\n' "$body" "$2" && return 1; }
-}
+answers() { fetch "$1" "${@:3}" | tee /dev/stderr | grep -F "$2"; }
 
 # Every file of the page, whole, plain and compressed.
 serves_page() {
@@ -87,4 +71,10 @@ serves_page() {
     curl --silent --fail --header 'Accept-Encoding: gzip' "http://127.0.0.1/$name" | cmp - "$file.gz" || return
   done
   fetch / | cmp - "$source/index.html"
+}
+
+# serves WEB_ROOT COMMAND...: starts it, asks for all of that and ends it.
+serves() {
+  await "$served 80" "${@:2}" && serves_page "$1" && answers /get_LangInfo '"strLanguage": "CN"' &&
+    answers /get_SystemInfo '"result": 1' && answers /get_cpu_usage '"result": 84 }' && end_started
 }

@@ -3,6 +3,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -18,14 +20,17 @@ std::string Redirect(int fd, const std::function<void()>& body) {
     fflush(nullptr);
     dup2(saved, fd);
     close(saved);
-    std::string text(static_cast<size_t>(lseek(file, 0, SEEK_END)), '\0');
-    const ssize_t size = pread(file, text.data(), text.size(), 0);
-    text.resize(size < 0 ? 0 : static_cast<size_t>(size));
+    std::string text = TextOf(file);
     close(file);
     return text;
 }
 
 } // namespace
+
+std::string TextOf(int file) {
+    std::ifstream text("/proc/self/fd/" + std::to_string(file), std::ios::binary);
+    return {std::istreambuf_iterator<char>(text), {}};
+}
 
 Captured Capture(const std::function<void()>& body) {
     Captured captured;

@@ -20,3 +20,6 @@ int RunInChild(const std::function<int()>& body);
 
 // Runs `body` as RunInChild does and returns what Capture does, with the status.
 Captured CaptureInChild(const std::function<int()>& body);
+
+// What is in an open file, whatever its offset.
+std::string TextOf(int file);

@@ -1,55 +1,44 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "tests/support/Daemon.h"
 
-#include <chrono>
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
+#include "tests/support/Capture.h"
 #include "tests/support/Sandbox.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-bool ComesTrue(int seconds, const std::function<bool()>& condition) {
-    using std::chrono::steady_clock;
-    const auto end = steady_clock::now() + std::chrono::seconds(seconds);
-    while (!condition()) {
-        if (steady_clock::now() > end)
-            return false;
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-    return true;
+bool ComesTrue(const std::function<bool()>& condition) {
+    for (int i = 0; i < 2000; ++i, usleep(5000))
+        if (condition())
+            return true;
+    return false;
 }
 
 } // namespace
 
-Daemon::Daemon(const std::string& folder, const std::vector<std::string>& options)
-    : m_log(folder + "/log") {
-    while (fs::exists(m_log)) // another one's
-        m_log += '+';
+Daemon::Daemon(const std::string& folder, const std::string& options)
+    : m_log(memfd_create("log", MFD_CLOEXEC)) {
     const std::string copy = folder + "/webctrl";
     fs::copy_file(WEBCTRL_EXE, copy, fs::copy_options::skip_existing);
-    std::vector<char*> arguments{const_cast<char*>(copy.c_str())};
-    for (const std::string& each : options)
-        arguments.push_back(const_cast<char*>(each.c_str()));
-    arguments.push_back(nullptr);
     m_pid = fork();
     if (m_pid == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        const int log = open(m_log.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND, 0644);
-        dup2(log, STDOUT_FILENO);
-        dup2(log, STDERR_FILENO);
-        execv(copy.c_str(), arguments.data());
+        dup2(m_log, STDOUT_FILENO);
+        dup2(m_log, STDERR_FILENO);
+        execl("/bin/sh", "sh", "-c", ("exec " + copy + " " + options).c_str(), nullptr);
         _exit(126);
     }
 }
@@ -59,19 +48,22 @@ Daemon::~Daemon() {
         kill(m_pid, SIGTERM);
         waitpid(m_pid, nullptr, 0);
     }
+    const std::string output = Output();
     if (::testing::Test::HasFailure())
-        printf("the daemon printed:\n%s\n", Output().c_str());
+        printf("the daemon printed last:\n%s\n",
+               output.substr(output.size() - std::min<size_t>(output.size(), 2000)).c_str());
     // A sanitizer's report goes where the daemon's other lines go.
-    EXPECT_EQ(Count(Output(), "Sanitizer") + Count(Output(), "runtime error"), 0) << Output();
+    for (const char* sign : {"Sanitizer", "runtime error"})
+        EXPECT_EQ(output.find(sign), std::string::npos) << output;
+    close(m_log);
 }
 
 std::string Daemon::Output() const {
-    std::ifstream log(m_log, std::ios::binary);
-    return {std::istreambuf_iterator<char>(log), {}};
+    return TextOf(m_log);
 }
 
-void Daemon::WaitFor(const std::string& text, int count, size_t from) {
-    EXPECT_TRUE(ComesTrue(10, [&] { return Count(Output().substr(from), text) >= count; }))
+void Daemon::WaitFor(const std::string& text, size_t from) {
+    EXPECT_TRUE(ComesTrue([&] { return Output().find(text, from) != std::string::npos; }))
         << "not printed: " << text;
 }
 
@@ -81,7 +73,7 @@ int Daemon::Descriptors() const {
 }
 
 bool Daemon::SettlesAt(int descriptors) const {
-    return ComesTrue(5, [&] { return Descriptors() == descriptors; });
+    return ComesTrue([&] { return Descriptors() == descriptors; });
 }
 
 int Daemon::Wait() {
@@ -89,13 +81,6 @@ int Daemon::Wait() {
     waitpid(m_pid, &status, 0);
     m_pid = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-int Count(const std::string& text, const std::string& part) {
-    int count = 0;
-    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
-        ++count;
-    return count;
 }
 
 void SystemTest::SetUp() {
@@ -118,7 +103,7 @@ void SystemTest::WriteFile(const std::string& name, const std::string& content) 
     std::ofstream(path, std::ios::binary) << content;
 }
 
-Daemon& SystemTest::Start(const std::vector<std::string>& options) {
+Daemon& SystemTest::Start(const std::string& options) {
     m_daemon.reset();
     m_daemon = std::make_unique<Daemon>(m_folder, options);
     m_daemon->WaitFor("Starting web server on port");

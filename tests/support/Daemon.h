@@ -7,34 +7,31 @@
 #include <memory>
 #include <string>
 #include <sys/types.h>
-#include <vector>
 
 class Daemon {
 public:
-    // Copies the executable to `folder` and starts it there.
-    explicit Daemon(const std::string& folder, const std::vector<std::string>& options = {});
+    // Copies the executable to `folder` and starts it there, by a shell.
+    explicit Daemon(const std::string& folder, const std::string& options = "");
     ~Daemon(); // ends it
     Daemon(const Daemon&) = delete;
     Daemon& operator=(const Daemon&) = delete;
 
-    // Waits until its output, standard output and error together, has `count` times `text` from
-    // byte `from` on; fails the test after 10 s.
-    void WaitFor(const std::string& text, int count = 1, size_t from = 0);
+    // Waits until its output, standard output and error together, has `text` from byte `from` on;
+    // fails the test after 10 s.
+    void WaitFor(const std::string& text, size_t from = 0);
     std::string Output() const;
     int Descriptors() const;
-    // Whether it comes to have that many descriptors within 5 s: closing takes the server a moment.
+    // Whether it comes to have that many descriptors within 10 s: closing takes the server a
+    // moment.
     bool SettlesAt(int descriptors) const;
     // Waits for its end: the exit status, or -1 after a signal.
     int Wait();
     pid_t Pid() const { return m_pid; }
 
 private:
-    std::string m_log;
+    int m_log;
     pid_t m_pid = -1;
 };
-
-// How often `part` stands in `text`.
-int Count(const std::string& text, const std::string& part);
 
 // A private network with a folder that is gone afterwards and, once asked for, a daemon that
 // serves `Folder()/web_root` on port 80.
@@ -47,7 +44,7 @@ protected:
     // Writes a file below the web root.
     void WriteFile(const std::string& name, const std::string& content);
     // Starts the daemon and waits until it listens.
-    Daemon& Start(const std::vector<std::string>& options = {});
+    Daemon& Start(const std::string& options = "");
     Daemon& Running() { return *m_daemon; }
 
 private:

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "tests/support/HttpClient.h"
 
-#include <arpa/inet.h>
 #include <cerrno>
-#include <chrono>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <netinet/tcp.h>
@@ -36,13 +34,10 @@ std::string ReadBytes(FILE* from, size_t count) {
 
 HttpClient::HttpClient(int port)
     : m_sock(socket(AF_INET, SOCK_STREAM, 0)), m_received(fdopen(m_sock, "r")) {
-    sockaddr_in server{};
-    server.sin_family = AF_INET;
-    server.sin_port = htons(static_cast<uint16_t>(port));
-    server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const sockaddr_in server = Loopback(port);
     const int on = 1; // what is sent in pieces arrives in pieces
     setsockopt(m_sock, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
-    EXPECT_EQ(connect(m_sock, reinterpret_cast<sockaddr*>(&server), sizeof(server)), 0);
+    EXPECT_EQ(connect(m_sock, reinterpret_cast<const sockaddr*>(&server), sizeof(server)), 0);
 }
 
 HttpClient::~HttpClient() {
@@ -53,12 +48,7 @@ void HttpClient::Send(const std::string& bytes) {
     send(m_sock, bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }
 
-void HttpClient::EndInput() {
-    shutdown(m_sock, SHUT_WR);
-}
-
 Answer HttpClient::Read(bool hasBody) {
-    const auto start = std::chrono::steady_clock::now();
     SetTimeout(m_sock, kReadSeconds);
     clearerr(m_received);
     Answer answer;
@@ -78,8 +68,6 @@ Answer HttpClient::Read(bool hasBody) {
     }
     EXPECT_FALSE(feof(m_received) || ferror(m_received))
         << "no whole answer, but: " << answer.head << answer.body;
-    answer.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     return answer;
 }
 
@@ -89,9 +77,16 @@ bool HttpClient::ClosedWithin(int timeoutSeconds) {
     return getc(m_received) == EOF && errno != EAGAIN;
 }
 
-std::string Request(const std::string& path, const std::string& body, const std::string& headers) {
-    const std::string rest = " " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\n" + headers;
-    return body.empty() ? "GET" + rest + "\r\n"
-                        : "POST" + rest + "Content-Length: " + std::to_string(body.size()) +
-                              "\r\n\r\n" + body;
+std::string Request(const std::string& path, const std::string& body) {
+    const std::string rest = " " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\n";
+    const std::string length = "Content-Length: " + std::to_string(body.size()) + "\r\n";
+    return body.empty() ? "GET" + rest + "\r\n" : "POST" + rest + length + "\r\n" + body;
+}
+
+sockaddr_in Loopback(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
 }

@@ -4,14 +4,15 @@
 // An HTTP/1.1 client that shows what came byte for byte.
 
 #include <cstdio>
+#include <netinet/in.h>
 #include <string>
+#include <sys/socket.h>
 #include <vector>
 
 struct Answer {
     std::string head;                // status line and headers, with the empty line
     std::vector<std::string> chunks; // of a chunked body, without the empty one that ends it
     std::string body;                // of either kind of body
-    double seconds = 0;              // from the request's last byte to the answer's last
 };
 
 class HttpClient {
@@ -25,7 +26,7 @@ public:
     // A server that has closed takes nothing; the rest is lost.
     void Send(const std::string& bytes);
     // Closes this side: nothing more is sent.
-    void EndInput();
+    void EndInput() { shutdown(m_sock, SHUT_WR); }
     // Reads one answer; fails the test when nothing more comes before it is complete. The answer to
     // a HEAD has no body.
     Answer Read(bool hasBody = true);
@@ -38,5 +39,6 @@ private:
 };
 
 // The bytes of a request: GET without a body, POST with one.
-std::string Request(const std::string& path, const std::string& body = "",
-                    const std::string& headers = "");
+std::string Request(const std::string& path, const std::string& body = "");
+
+sockaddr_in Loopback(int port);

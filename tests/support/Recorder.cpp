@@ -7,6 +7,8 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include "tests/support/HttpClient.h"
+
 namespace {
 
 // The control socket is bound to eth0's address.
@@ -16,10 +18,7 @@ constexpr int kWaitMs = 5000;
 
 } // namespace
 
-Recorder::Recorder(int port) : m_sock(socket(AF_INET, SOCK_DGRAM, 0)), m_peer{} {
-    m_peer.sin_family = AF_INET;
-    m_peer.sin_port = htons(static_cast<uint16_t>(port));
-    m_peer.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+Recorder::Recorder(int port) : m_sock(socket(AF_INET, SOCK_DGRAM, 0)), m_peer(Loopback(port)) {
     EXPECT_EQ(bind(m_sock, reinterpret_cast<sockaddr*>(&m_peer), sizeof(m_peer)), 0);
     m_peer.sin_port = htons(kDaemonPort);
     m_peer.sin_addr.s_addr = inet_addr(kDaemonIp);

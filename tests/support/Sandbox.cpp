@@ -14,27 +14,6 @@
 
 namespace {
 
-// The peer's network has no process. The kernel brings a new link's queue up a moment after its
-// carrier.
-constexpr char kFurnish[] = R"(
-mount -t tmpfs none /run || exit # for what replaces files
-in_peer="nsenter --net=$peer"
-ip -batch - <<END &&
-link set lo up
-link add eth0 type veth peer name peer0
-link set peer0 netns $peer
-addr add 192.168.50.2/24 brd 192.168.50.255 dev eth0
-link set eth0 up
-END
-$in_peer ip -batch - <<END || exit
-link set lo up
-addr add 192.168.50.1/24 brd 192.168.50.255 dev peer0
-link set peer0 up
-END
-until ip link show eth0 | grep -q 'state UP'; do :; done
-until $in_peer ip link show peer0 | grep -q 'state UP'; do :; done
-)";
-
 void WriteText(const char* path, const std::string& text) {
     std::ofstream file(path);
     file << text << std::flush;
@@ -52,30 +31,23 @@ bool BecomeRoot() {
     return true;
 }
 
-bool EnterNewNetwork() {
-    return unshare(CLONE_NEWNET) == 0;
-}
-
-int Run(const std::string& script) {
-    return system(("PATH=$PATH:/usr/sbin:/sbin; " + script).c_str()); // not on every user's
-}
-
 } // namespace
 
 bool EnterSandbox(std::string* error) {
-    const bool entered = EnterNewNetwork() || (BecomeRoot() && EnterNewNetwork());
+    const bool left = unshare(CLONE_NEWNET) == 0 || (BecomeRoot() && unshare(CLONE_NEWNET) == 0);
     const int peer = open("/proc/self/ns/net", O_RDONLY | O_CLOEXEC); // keeps it
-    if (!entered || !EnterNewNetwork() || unshare(CLONE_NEWNS) != 0 ||
+    if (!left || unshare(CLONE_NEWNET | CLONE_NEWNS) != 0 ||
         mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0)
         *error = std::string("no namespaces of our own: ") + strerror(errno);
-    else if (Run("peer=/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(peer) +
-                 kFurnish) != 0)
-        *error = "mount(8), ip(8) or nsenter(1) failed";
-    return error->empty();
+    else
+        Shell("peer=/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(peer) +
+              " && . " FURNISH);
+    return error->empty() && !testing::Test::HasFatalFailure();
 }
 
 void Shell(const std::string& command) {
-    ASSERT_EQ(Run(command), 0) << command;
+    // Not every user's path has sbin.
+    ASSERT_EQ(system(("PATH=$PATH:/usr/sbin:/sbin; " + command).c_str()), 0) << command;
 }
 
 void ReplaceFile(const char* path, const std::string& content) {

@@ -3,8 +3,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <ctime>
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/resource.h>
@@ -53,10 +51,10 @@ TEST_F(Server, SendsBehindAFullSocket) {
     full.Send(Times(2000, "GET /get_cpu_usage HTTP/1.1\r\n\r\n"));
     full.EndInput();
     // No more is answered than is read, but for a bit.
-    int answered = -1;
-    while (answered != std::exchange(answered, Count(daemon.Output(), "handle_get_cpu_usage.")))
+    size_t printed = 1;
+    while (printed != std::exchange(printed, daemon.Output().size()))
         usleep(200000);
-    EXPECT_LT(answered, 1500);
+    EXPECT_LT(printed, 1500 * 90); // in two lines
     for (int i = 0; i < 2000; ++i)
         ASSERT_EQ(full.Read().chunks.size(), 2u) << i;
 }
@@ -79,10 +77,11 @@ TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {
     Start();
     Recorder recorder;
     constexpr int kClients = 4, kPipelined = 3;
-    HttpClient asking[kClients], newcomers[10], client;
+    HttpClient asking[kClients];
     for (HttpClient& each : asking)
         each.Send(Times(kPipelined, Request("/get_VersionInfo")));
     recorder.Receive();
+    HttpClient newcomers[10], client;
     client.Send(Request("/page.html"));
     EXPECT_FALSE(recorder.HasMore(50)); // long enough for others to come before the next exchange
     recorder.Reply(kReply);
@@ -119,8 +118,7 @@ TEST_F(Server, AnswersEverybodyAndNobodyWhoIsGone) {
     for (HttpClient& each : clients) {
         const Answer answer = each.Read();
         answered += answer.chunks.size() == 2;
-        refused += answer.head.find("503") == 9 &&
-                   answer.head.find("\r\nRetry-After: 1\r\n") != std::string::npos;
+        refused += answer.head.find("\r\nRetry-After: 1\r\n") != std::string::npos;
     }
     stop = true;
     player.join();
@@ -138,6 +136,9 @@ TEST_F(Server, ServesTheNewestWhereThereIsNoRoom) {
         Daemon& daemon = Start();
         setrlimit(RLIMIT_NOFILE, &limit);
         const int idle = daemon.Descriptors();
+        HttpClient first;
+        ExpectPage(first);
+        usleep(2000); // the daemon counts milliseconds
         std::vector<std::unique_ptr<HttpClient>> slow;
         for (int i = 0; i < (isFew ? 60 : 160); ++i) {
             slow.push_back(std::make_unique<HttpClient>());
@@ -145,14 +146,14 @@ TEST_F(Server, ServesTheNewestWhereThereIsNoRoom) {
         }
         HttpClient client;
         ExpectPage(client);
-        EXPECT_TRUE(slow.front()->ClosedWithin(5));
+        EXPECT_TRUE(first.ClosedWithin(5));
         EXPECT_TRUE(isFew || daemon.SettlesAt(idle + 128)) << daemon.Descriptors() - idle;
         EXPECT_TRUE(isFew || !slow.back()->ClosedWithin(0));
     }
 }
 
 TEST_F(Server, ClosesAConnectionIdleFor30Seconds) {
-    const pid_t daemon = Start().Pid();
+    const std::string pid = std::to_string(Start().Pid());
     HttpClient idle, started, active;
     started.Send("GET / HT");
     EXPECT_FALSE(idle.ClosedWithin(14));
@@ -161,12 +162,8 @@ TEST_F(Server, ClosesAConnectionIdleFor30Seconds) {
     EXPECT_TRUE(idle.ClosedWithin(20));
     EXPECT_TRUE(started.ClosedWithin(20));
     EXPECT_FALSE(active.ClosedWithin(5));
-    // All the while it rested.
-    clockid_t clock;
-    timespec used{};
-    ASSERT_EQ(clock_getcpuclockid(daemon, &clock), 0);
-    ASSERT_EQ(clock_gettime(clock, &used), 0);
-    EXPECT_LT(used.tv_sec, 3);
+    // All the while it rested; in hundredths of a second.
+    Shell("awk '$14 + $15 >= 300 { exit 1 }' /proc/" + pid + "/stat");
 }
 
 TEST_F(Server, IsDelayedByNoFloodOfItsControlPort) {
@@ -185,20 +182,16 @@ TEST_F(Server, IsDelayedByNoFloodOfItsControlPort) {
 }
 
 TEST_F(Server, TakesAnExecutablePathOf127BytesAndNoLonger) {
-    // A folder so deep that the path of the executable, FOLDER/webctrl, has the length asked for.
-    const auto folderFor = [&](size_t pathBytes) {
+    for (const size_t bytes : {127, 128}) {
+        // A folder so deep that the path of the executable, FOLDER/webctrl, has that length.
         const std::string folder =
-            Folder() + "/" + std::string(pathBytes - Folder().size() - sizeof("/webctrl"), 'd');
-        std::filesystem::create_directory(folder);
-        return folder;
-    };
-    // One byte more than the path has is cut from "web_root", so that there is no such folder.
-    Daemon longest(folderFor(127));
-    longest.WaitFor("/web_roo\n");
-    longest.WaitFor("Cannot find web_root directory, exiting\n");
-    Daemon tooLong(folderFor(128));
-    EXPECT_EQ(tooLong.Wait(), 255);
-    EXPECT_EQ(tooLong.Output(), "CWebCtrl::Init, ip:127.0.0.1, port:6000.\n***Error***\n");
+            Folder() + "/" + std::string(bytes - Folder().size() - sizeof("/webctrl"), 'd');
+        Shell("mkdir " + folder);
+        Daemon daemon(folder);
+        // Of "web_root" one byte more is cut off than the path has.
+        daemon.WaitFor(bytes == 127 ? "/web_roo\n" : "***Error***\n");
+        EXPECT_TRUE(bytes == 127 || daemon.Wait() == 255);
+    }
 }
 
 #ifdef WITH_TLS
@@ -208,13 +201,12 @@ TEST_F(Server, SpeaksTlsAlone) {
         {"--tls-max 1.2 https://127.0.0.1/page.html", kPage},
         {"--tls-max 1.1 --ciphers ALL:@SECLEVEL=0 https://127.0.0.1/page.html", ""},
         {"http://127.0.0.1:443/page.html", ""},
-        {"-I https://127.0.0.1/page.html -o /dev/null -w %{http_code}", "200"},
     };
     const std::string pem = Folder() + "/pem";
     Shell("openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 -nodes -subj /CN=x -addext"
           " subjectAltName=IP:127.0.0.1 -keyout " +
           pem + " -out " + pem + " 2>/dev/null");
-    Daemon& daemon = Start({"--tls-cert", pem, "--tls-key", pem});
+    Daemon& daemon = Start("--tls-cert " + pem + " --tls-key " + pem);
     const int descriptors = daemon.Descriptors();
     {
         HttpClient silent(443), broken(443), endless(443);
