@@ -32,7 +32,7 @@ protected:
     }
     static void ExpectPage(HttpClient& client) {
         client.Send(Request("/page.html"));
-        EXPECT_EQ(client.Read().body, kPage);
+        EXPECT_TRUE(client.Read().body == kPage);
     }
 };
 
@@ -69,7 +69,7 @@ TEST_F(Server, SendsFilesBehindFiles) {
     const auto oneByOne = steady_clock::now() - start;
     client.Send(Times(kFiles, Request("/page.html")));
     for (int i = 0; i < kFiles; ++i)
-        EXPECT_EQ(client.Read().body, kPage);
+        EXPECT_TRUE(client.Read().body == kPage);
     EXPECT_LT(steady_clock::now() - start, 100 * oneByOne);
 }
 
@@ -85,7 +85,7 @@ TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {
     client.Send(Request("/page.html"));
     EXPECT_FALSE(recorder.HasMore(50)); // long enough for others to come before the next exchange
     recorder.Reply(kReply);
-    EXPECT_EQ(client.Read().body, kPage); // the next one waits for its reply, and fails behind it
+    EXPECT_TRUE(client.Read().body == kPage); // the next one waits for its reply, and fails behind it
     for (int i = 1; i < kClients * kPipelined; ++i) {
         recorder.Receive();
         recorder.Reply(kReply);
