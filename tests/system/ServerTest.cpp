@@ -85,7 +85,8 @@ TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {
     client.Send(Request("/page.html"));
     EXPECT_FALSE(recorder.HasMore(50)); // long enough for others to come before the next exchange
     recorder.Reply(kReply);
-    EXPECT_TRUE(client.Read().body == kPage); // the next one waits for its reply, and fails behind it
+    EXPECT_TRUE(client.Read().body ==
+                kPage); // the next one waits for its reply, and fails behind it
     for (int i = 1; i < kClients * kPipelined; ++i) {
         recorder.Receive();
         recorder.Reply(kReply);
