@@ -6,17 +6,13 @@
 #include "CBB/WebCtrl/Handlers/Handlers.h"
 #include "tests/fuzz/Recorder.h"
 
-namespace {
-
 // A version section counts the lens IDs that are taken.
-constexpr const char* kReplies[] = {
+static constexpr const char* kReplies[] = {
     "<VariCfgSec Action=\"DEVICE_SET\" Result=\"1\"><stVersion VideoCnt=\"4\"/></VariCfgSec>",
     "<VariCfgSec Action=\"DEVICE_SET\" Result=\"0\"><stVersion VideoCnt=\"99\"/></VariCfgSec>",
     "<VariCfgSec Action=\"DEVICE_SET\"><stVersion VideoCnt=\"4294967295\"/></VariCfgSec>",
     "",
 };
-
-} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (size == 0)

@@ -19,8 +19,7 @@
 #include "tests/support/Sandbox.h"
 
 // For cases that change the machine. A file's suite is this under its own name.
-class InSandbox : public testing::Test {
-protected:
+struct InSandbox : testing::Test {
     void SetUp() override {
         std::string error;
         ASSERT_TRUE(EnterSandbox(&error)) << error;

@@ -8,8 +8,8 @@ namespace {
 // What waits in a pipe.
 std::string Drain(int fd) {
     std::string text(1 << 20, '\0');
-    text.resize(static_cast<size_t>(std::max<ssize_t>(read(fd, text.data(), text.size()), 0)));
-    return text;
+    return text.substr(
+        0, static_cast<size_t>(std::max<ssize_t>(read(fd, text.data(), text.size()), 0)));
 }
 
 // Both outputs go to one pipe. Returns 0, or the step that failed.

@@ -6,8 +6,7 @@
 TEST(HexText, ConvertsWithinItsBounds) {
     // The text and its length, the capacity, the results of HexTextToBytes, its bytes, and the
     // results of HexPairsToBytes and HexTextToInt with its value.
-    using Case = std::tuple<const char*, int, int, int, std::string, int, int, int>;
-    const Case cases[] = {
+    const std::tuple<const char*, int, int, int, std::string, int, int, int> cases[] = {
         {"0aFF", 4, 8, 0, "\x0a\xff", 2, 0, 0x0aff},
         {"0aFF", 4, 1, -1, "", 2, 0, 0x0aff},
         {"1g", 2, 8, -1, "", 0, -1, 16},

@@ -7,13 +7,12 @@
 
 namespace fs = std::filesystem;
 
-class Logging : public testing::Test {
-protected:
-    void SetUp() override {
+struct Logging : testing::Test {
+    Logging() {
         std::string pattern = testing::TempDir() + "loggerXXXXXX";
         fs::current_path(mkdtemp(pattern.data()));
     }
-    void TearDown() override {
+    ~Logging() override {
         m_stLogger.close();
         fs::remove_all(fs::current_path());
     }

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-2.0-only
-
 #include "tests/unit/util/Net.h"
 
 using NetIf = InSandbox;

@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Options.h"
 
+#include <wordexp.h>
+
 #include "tests/unit/Unit.h"
 
-// What a command line is read as, or how it is refused; its words have a blank between them.
+// What a command line is read as, or how it is refused.
 static std::string Read(const std::string& line) {
-    std::vector<std::string> words{"webctrl"};
-    std::istringstream stream(line);
-    words.insert(words.end(), std::istream_iterator<std::string>(stream), {});
-    std::vector<char*> arguments;
-    for (std::string& word : words)
-        arguments.push_back(word.data());
-    arguments.push_back(nullptr);
+    wordexp_t words;
+    wordexp(("webctrl " + line).c_str(), &words, 0);
     const Captured child = CaptureInChild([&] {
-        const Options o = ReadOptions(static_cast<int>(words.size()), arguments.data());
+        const Options o = ReadOptions(static_cast<int>(words.we_wordc), words.we_wordv);
         printf("%d %s:%d [%s]", o.port, o.recorderIp.c_str(), o.recorderPort, o.webRoot.c_str());
         for (const std::string& host : o.allowedHosts)
             printf(" %s", host.c_str());
@@ -21,13 +18,14 @@ static std::string Read(const std::string& line) {
         printf(" [%s] [%s] [%s]", o.loginFile.c_str(), o.tlsCert.c_str(), o.tlsKey.c_str());
         return 0;
     });
+    wordfree(&words);
     return std::to_string(WEXITSTATUS(child.status)) + " " +
            child.out.substr(0, child.out.find('\n')) + child.err;
 }
 
 TEST(Options, AreTakenOrRefused) {
-    const std::string root(127, 'r'),
-        recorder = "--recorder takes IP:PORT, such as 127.0.0.1:6000, not ";
+    const std::string root(127, 'r'), path = "--web-root takes a path of 1 to 127 bytes";
+    const std::string recorder = "--recorder takes IP:PORT, such as 127.0.0.1:6000, not ";
     const std::string port = "--port takes a number from 1 to 65535, not ";
     const std::pair<std::string, std::string> cases[] = {
         {"", "80 127.0.0.1:6000 [] [] [] []"},
@@ -51,8 +49,8 @@ TEST(Options, AreTakenOrRefused) {
         {"--recorder host:6000", recorder + "'host:6000'"},
         {"--recorder 127.0.0.1", recorder + "'127.0.0.1'"},
         {"--recorder 127.0.0.1:0", recorder + "'127.0.0.1:0'"},
-        {"--web-root=", "--web-root takes a path of 1 to 127 bytes"},
-        {"--web-root " + root + "r", "--web-root takes a path of 1 to 127 bytes"},
+        {"--web-root=", path},
+        {"--web-root " + root + "r", path},
         {"--web-root a,b", "--web-root cannot take a path with ',' or '=': 'a,b'"},
         {"--allow-host a_b", "--allow-host takes a domain name, not 'a_b'"},
         {"--allow-host=", "--allow-host takes a domain name, not ''"},
