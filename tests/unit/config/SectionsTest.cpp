@@ -87,27 +87,21 @@ TEST(Sections, ARowNeedsAnIndex) {
     EXPECT_EQ(tables, 13);
 }
 
-// A refused device number and the rows of the IP cameras are printed; a row beyond the one camera
-// leaves the periods their turn, a malformed one does not.
-TEST(Sections, Printed) {
+// The rows of the IP cameras are printed; one beyond the one camera leaves the periods their turn,
+// a malformed one does not.
+TEST(Sections, IpcRowsArePrinted) {
     Task task;
-    const auto print = [&](Import import, const std::string& xml, int result) {
-        return Capture([&] { EXPECT_EQ((task.*import)(Element(xml).Get(), nullptr), result); }).out;
+    const auto print = [&](const std::string& begin, int result) {
+        const Element element(begin + "<stFunTPeriod><p_-1 ucFD_Valid='1'/><p_06 other='y' "
+                                      "strFD_Wday='x11111111' strFD_StartT='junk' strFD_EndT='7'/>"
+                                      "</stFunTPeriod></s>");
+        return Capture([&] { EXPECT_EQ(task.Import_Ipc(element.Get(), nullptr), result); }).out;
     };
-    EXPECT_EQ(print(&Task::Import_stBaseInfo, "<s strFD_DeviceNo='1234567890123456'/>", -1),
-              "CConfig_Task::Import_stBaseInfo, invalid device id:1234567890123456.\n");
-    const std::string period =
-        "<stFunTPeriod><p_-1 ucFD_Valid='1'/><p_06 strFD_Wday='x11111111' other='y' "
-        "strFD_StartT='junk' strFD_EndT='7'/></stFunTPeriod></s>";
-    EXPECT_EQ(print(&Task::Import_Ipc, "<s><stChnIpc><c/></stChnIpc>" + period, -1), "");
-    EXPECT_EQ(print(&Task::Import_Ipc,
-                    "<s strFD_User='u'><stChnIpc><c_0 uiFD_IP='a'/><c_1 uiFD_IP='b'/></stChnIpc>" +
-                        period,
-                    0),
-              "Value: uiFD_IP=a\nValue: strFD_Wday=x11111111\nValue: other=y\n"
+    EXPECT_EQ(print("<s><stChnIpc><c/></stChnIpc>", -1), "");
+    EXPECT_EQ(print("<s a='u'><stChnIpc><c_0 uiFD_IP='a'/><c_1 uiFD_IP='b'/></stChnIpc>", 0),
+              "Value: uiFD_IP=a\nValue: other=y\nValue: strFD_Wday=x11111111\n"
               "Value: strFD_StartT=junk\nValue: strFD_EndT=7\n");
     const FunTPeriodPara& read = task.m_stPara.stIpc.stFunTPeriod[6];
-    EXPECT_EQ(read.strFD_Wday, 0x7E);
-    EXPECT_EQ(read.strFD_StartT, 0U);
-    EXPECT_EQ(read.strFD_EndT, 7 * 3600U);
+    EXPECT_EQ(std::tuple(read.strFD_Wday, read.strFD_StartT, read.strFD_EndT),
+              std::tuple(0x7E, 0U, 7 * 3600U));
 }

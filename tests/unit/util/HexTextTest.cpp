@@ -24,6 +24,7 @@ TEST(HexText, ConvertsWithinItsBounds) {
         int value = 77;
         EXPECT_EQ(rc, HexTextToBytes(text.data(), length, out, &capacity)) << chars;
         EXPECT_EQ(bytes, std::string(out, out + (rc == 0 ? capacity : 0))) << chars;
+        EXPECT_TRUE(rc != 0 || out[capacity] == 0) << chars;
         EXPECT_EQ(pairs, HexPairsToBytes(out, text.data(), length)) << chars;
         EXPECT_EQ(intRc, HexTextToInt(text.data(), length, &value)) << chars;
         EXPECT_EQ(number, value) << chars;

@@ -58,6 +58,7 @@ TEST(Options, AreTakenOrRefused) {
         {"--tls-cert=", "--tls-cert takes the path of a file"},
         {"--tls-key x", "--tls-cert and --tls-key belong together"},
         {"--frob", "unknown option '--frob'"},
+        {"--mask-secrets=x", "unknown option '--mask-secrets=x'"},
         {"frob", "unexpected 'frob'"},
     };
     for (const auto& [line, reason] : refused)
