@@ -16,8 +16,7 @@
 //     ! <stDisplay strLanguage="CN" /> => 0             a write is sent, and the Result of its
 //     200 {"result": 1 }                                reply, 3 where none is given; a row without
 //     takes 2                                           status has this one; seconds, at least
-//   /none{1} => {2}                      once for each `with`, which says what stands for {1} and
-//   on
+//   /none{1} => {2}                      once for each `with`, whose values stand for {1}, {2}...
 //     with ? => 404
 //   "GET / HTTP/1.1\nHost: evil.example\n\n" => 403 closed
 //   webctrl --port 0 => 2 webctrl: ...   a command line, its status and what it prints

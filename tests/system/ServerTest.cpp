@@ -2,7 +2,6 @@
 // What takes more than a request and its answer: many clients, limits, time, TLS.
 
 #include <atomic>
-#include <chrono>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/resource.h>
@@ -17,8 +16,6 @@
 #include "tests/support/Sandbox.h"
 
 namespace {
-
-using std::chrono::steady_clock;
 
 const std::string kReply = QueryReply("<stVersion strAppVer=\"1\"/>");
 
@@ -57,20 +54,6 @@ TEST_F(Server, SendsBehindAFullSocket) {
     EXPECT_LT(printed, 1500 * 90); // in two lines
     for (int i = 0; i < 2000; ++i)
         ASSERT_EQ(full.Read().chunks.size(), 2u) << i;
-}
-
-TEST_F(Server, SendsFilesBehindFiles) {
-    Start();
-    HttpClient client;
-    constexpr int kFiles = 20;
-    const auto start = steady_clock::now();
-    for (int i = 0; i < kFiles; ++i)
-        ExpectPage(client);
-    const auto oneByOne = steady_clock::now() - start;
-    client.Send(Times(kFiles, Request("/page.html")));
-    for (int i = 0; i < kFiles; ++i)
-        EXPECT_TRUE(client.Read().body == kPage);
-    EXPECT_LT(steady_clock::now() - start, 100 * oneByOne);
 }
 
 TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {

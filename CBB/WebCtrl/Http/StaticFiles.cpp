@@ -33,13 +33,12 @@ const char* VaryOf(const std::string& path) {
     return IsFile(path + ".gz") ? "Vary: Accept-Encoding\r\n" : "";
 }
 
-void SendPage(mg_connection* connection, mg_http_message* message, const std::string& page) {
+void SendPage(mg_connection* connection, const std::string& page) {
     mg_printf(connection,
               "HTTP/1.1 200 OK\r\nContent-Type: text/html; charset=utf-8\r\n"
               "Content-Length: %lu\r\n\r\n",
               static_cast<unsigned long>(page.size()));
-    if (mg_strcasecmp(message->method, mg_str("HEAD")) != 0)
-        mg_send(connection, page.data(), page.size());
+    mg_send(connection, page.data(), page.size());
     connection->is_resp = 0;
 }
 
@@ -69,7 +68,7 @@ void ServePath(mg_connection* connection, mg_http_message* message, const char* 
         path += "index.shtml";
     }
     if (IsIncludePage(path) && IsFile(path)) {
-        SendPage(connection, message, RenderIncludePage(path, webRoot));
+        SendPage(connection, RenderIncludePage(path, webRoot));
         return;
     }
     options.extra_headers = VaryOf(path);
