@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // Versions, and what this page is.
 
-import { h, onReturn, request, setText, tr } from "./core.js";
+import { columns, h, onReturn, request, setText, tr } from "./core.js";
 import { rowsOf, versionRows } from "./status.js";
 
 const NONE = "—";
@@ -18,19 +18,15 @@ async function readVersion() {
 export function aboutView() {
   application = h("dd", {}, version || NONE);
   if (version === null) readVersion();
-  const main = h("dl", {}, h("div", {}, h("dt", {}, tr("主程序版本", "Main application")), application));
+  const versions = rowsOf(versionRows().slice(1));
+  versions.prepend(h("div", {}, h("dt", {}, tr("主程序版本", "Main application")), application));
   const card = (title, ...content) => h("section", { class: "card" }, h("h2", {}, title), content);
   const text = tr(
     "不需要互联网：页面与录像机直接通信，不访问其他主机。",
     "Works without internet: the page talks to the recorder alone and to no other host.",
   );
   return [
-    h(
-      "div",
-      { class: "cards" },
-      card(tr("录像机", "Recorder"), main, rowsOf(versionRows().slice(1))),
-      card(tr("本页面", "This page"), h("p", {}, text)),
-    ),
+    columns([card(tr("录像机", "Recorder"), versions), card(tr("本页面", "This page"), h("p", {}, text))]),
   ];
 }
 

@@ -1,9 +1,5 @@
 // SPDX-License-Identifier: GPL-2.0-only
-// Requests to the daemon and who answers them. No document, no browser: `fetch` is handed in, so a
-// program under Node imports this file, schema.js, settings.js, exchange.js and file.js as they are.
-//
-//   const request = requester((path, init) => fetch(`http://192.0.2.1${path}`, init));
-//   const {answer, trouble} = await request("/get_WifiInfo");
+// Requests to the daemon and who answers them. No document, no browser: `fetch` is handed in.
 //
 // `answer` is the parsed object; `result` 1 in it: it worked, 0: it did not (a write's 1 may stand for
 // the recorder's refusal); `reader` beside it: this login may not write. Otherwise `trouble` says why

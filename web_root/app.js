@@ -106,7 +106,7 @@ const failedView = () => [
     "section",
     { class: "card" },
     h("p", {}, badge("warn", tr("页面的这一部分没有载入。", "This part of the page could not be loaded."))),
-    h("button", { type: "button", onclick: show }, tr("重试", "Try again")),
+    h("div", { class: "buttons" }, h("button", { type: "button", onclick: show }, tr("重试", "Try again"))),
   ),
 ];
 
@@ -186,18 +186,13 @@ function drawShell() {
   const to = { lang: tr("en", "zh-CN"), "aria-label": tr("Switch to English", "切换到中文") };
   byId("top").replaceChildren(
     h("span", { class: "mark-of" }, icon("device")),
-    h(
-      "div",
-      { class: "who" },
-      h("strong", { id: "who" }),
-      h("span", { id: "clock" }),
-      h("span", { id: "link" }),
-    ),
+    h("strong", { id: "who" }),
     h(
       "button",
       { type: "button", id: "language", class: "quiet", ...to, onclick: other },
       tr("English", "中文"),
     ),
+    h("div", { class: "meta" }, h("span", { id: "clock" }, "--:--"), h("span", { id: "link" })),
   );
   byId("tabs").setAttribute("aria-label", tr("栏目", "Sections"));
   byId("tabs").replaceChildren(

@@ -2,7 +2,7 @@
 // All settings into a file or onto paper, and a file's settings into this or another recorder.
 
 import { CONTROLS, inWords } from "./controls.js";
-import { badge, h, readyToWrite, recorder, request, setText, tr } from "./core.js";
+import { badge, columns, h, readyToWrite, recorder, request, setText, tr } from "./core.js";
 import { read, save as write } from "./exchange.js";
 import { difference, fileOf, parseFile, writeOrder } from "./file.js";
 import { confirmWrite, isDone, resultNodes, wayBack } from "./questions.js";
@@ -62,7 +62,7 @@ export function backupView() {
   const progress = h("progress", { hidden: true, "aria-label": tr("进度", "Progress") });
   const live = h("div", { class: "result", role: "status" });
   const notes = h("div", { class: "result" });
-  const work = h("div", { class: "cards" });
+  const work = h("div");
   const wide = { type: "button", class: "wide" };
   const file = h("input", {
     type: "file",
@@ -108,7 +108,7 @@ export function backupView() {
   async function sheet() {
     const { all, unread } = await readAll(step);
     notes.replaceChildren(...unreadNotes(unread));
-    work.replaceChildren(...sheetOf(all));
+    work.replaceChildren(columns(sheetOf(all)));
     tell("ok", tr("设置单已列在下方。", "The sheet is below."));
     if (all.size) setTimeout(print);
   }
@@ -134,7 +134,9 @@ export function backupView() {
       "warn",
       tr(
         `有 ${changes.length} 组设置不同，请勾选要写入的项目。`,
-        `${changes.length} groups differ; tick what to write.`,
+        changes.length === 1
+          ? "1 group differs; tick what to write."
+          : `${changes.length} groups differ; tick what to write.`,
       ),
     );
   }
@@ -143,16 +145,14 @@ export function backupView() {
     const tick = (on) => () => changes.forEach((change) => change.tick(on));
     const button = h(
       "button",
-      { ...wide, class: "primary wide", onclick: () => run(() => apply(changes, button.parentNode)) },
+      { ...wide, class: "primary wide", onclick: () => run(() => apply(changes, [ticks, writing])) },
       tr("写入所选设置", "Write what is ticked"),
     );
     const all = h("button", { type: "button", onclick: tick(true) }, tr("全选", "All"));
     const none = h("button", { type: "button", onclick: tick(false) }, tr("全不选", "None"));
-    work.replaceChildren(
-      h("div", { class: "buttons" }, all, none),
-      ...changes.map(({ card }) => card),
-      h("section", { class: "card" }, button),
-    );
+    const ticks = h("div", { class: "buttons" }, all, none);
+    const writing = h("section", { class: "card" }, button);
+    work.replaceChildren(ticks, columns(changes.map(({ card }) => card)), writing);
   }
 
   async function apply(changes, buttons) {
@@ -163,7 +163,7 @@ export function backupView() {
     if (changes.some((change) => change.faults()))
       return tell("warn", tr("有值需要改正。", "Some values need correcting."));
     if (!(await confirmed(jobs))) return undefined;
-    buttons.remove();
+    buttons.forEach((each) => each.remove());
     changes.forEach((change) => change.freeze());
     progress.max = jobs.length;
     const outcomes = [];
@@ -203,29 +203,31 @@ export function backupView() {
   return [
     h(
       "div",
-      { class: "cards no-print" },
-      card(
-        tr("保存到文件", "Save to a file"),
-        tr(
-          "文件包含所有设置，密码为明文，请妥善保管。",
-          "The file holds all settings, passwords in clear: keep it safe.",
+      { class: "no-print" },
+      columns([
+        card(
+          tr("保存到文件", "Save to a file"),
+          tr(
+            "文件包含所有设置，密码为明文，请妥善保管。",
+            "The file holds all settings, passwords in clear: keep it safe.",
+          ),
+          h("button", saving, tr("保存所有设置到文件", "Save all settings to a file")),
         ),
-        h("button", saving, tr("保存所有设置到文件", "Save all settings to a file")),
-      ),
-      card(
-        tr("从文件载入", "Load from a file"),
-        tr(
-          "先比较再写入：您可以选择要写入的项目。设备专有的编号默认不写入。",
-          "First compares, then writes what you tick. What belongs to one device alone is not ticked.",
+        card(
+          tr("从文件载入", "Load from a file"),
+          tr(
+            "先比较再写入：您可以选择要写入的项目。设备专有的编号默认不写入。",
+            "First compares, then writes what you tick. What belongs to one device alone is not ticked.",
+          ),
+          file,
+          h("label", { for: "settings-file", class: "wide" }, tr("选择设置文件", "Choose a settings file")),
         ),
-        file,
-        h("label", { for: "settings-file", class: "wide" }, tr("选择设置文件", "Choose a settings file")),
-      ),
-      card(
-        tr("设置单", "Sheet of the settings"),
-        tr("打印所有设置，不含密码。", "All settings to print, without passwords and keys."),
-        h("button", { ...wide, onclick: () => run(sheet) }, tr("打印设置单", "Print a sheet")),
-      ),
+        card(
+          tr("设置单", "Sheet of the settings"),
+          tr("打印所有设置，不含密码。", "All settings to print, without passwords and keys."),
+          h("button", { ...wide, onclick: () => run(sheet) }, tr("打印设置单", "Print a sheet")),
+        ),
+      ]),
     ),
     h("div", { class: "progress no-print" }, progress, live),
     notes,
@@ -243,7 +245,12 @@ function sheetOf(all) {
           "div",
           {},
           h("dt", {}, tr(...field.label)),
-          h("dd", {}, h("bdi", {}, inWords(field, values[field.name]))),
+          h(
+            "dd",
+            {},
+            h("bdi", {}, inWords(field, values[field.name])),
+            field.unit && ` ${tr(...field.unit)}`,
+          ),
         ),
       );
   return groups

@@ -54,6 +54,15 @@ export const icon = (name) =>
 /** A state told by shape, word and colour together; kind: ok, off, warn or busy. */
 export const badge = (kind, word) => h("span", { class: `badge ${kind}` }, icon(kind), word);
 
+/** Cards in one column, or two on a wide screen: whatever a card grows to, none changes its column. */
+export function columns(cards) {
+  const half = Math.floor(cards.length / 2);
+  const parts = half
+    ? [cards.slice(0, half), cards.slice(half)].map((part) => h("div", { class: "column" }, part))
+    : cards;
+  return h("div", { class: "cards" }, parts);
+}
+
 // ---- language
 
 let english = !/^zh\b/.test(navigator.language);

@@ -4,9 +4,9 @@
 import { sameRecorder } from "./api.js";
 import {
   chooseLanguage,
+  columns,
   confirmRecorder,
   followLanguage,
-  h,
   meet,
   onLink,
   onReader,
@@ -127,7 +127,7 @@ export async function formView(section, counted, settled) {
   before.filter((form) => !inSight.includes(form)).forEach((form) => form.leave());
   const cards = inSight.map((form) => form.draw());
   Promise.all(inSight.map((form) => form.load())).then(settled);
-  return [h("div", { class: "cards" }, cards)];
+  return [columns(cards)];
 }
 
 /** Reads every group that nobody has opened yet, so that its form stands at once. */

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The status: a line of verdict, then cards that follow the recorder's values.
 
-import { badge, h, icon, link, recorder, setText, tr } from "./core.js";
+import { badge, columns, h, icon, link, recorder, setText, tr } from "./core.js";
 
 const NONE = "—";
 const HISTORY_MS = 5 * 60000;
@@ -253,11 +253,8 @@ const trendLine = (key) => {
     line.setAttribute("points", points.join(" "));
   });
   const name = tr("最近 5 分钟的信号", "Signal of the last 5 minutes");
-  return h(
-    "svg:svg",
-    { class: "trend", viewBox: "0 0 100 24", preserveAspectRatio: "none", role: "img", "aria-label": name },
-    line,
-  );
+  const box = { viewBox: "0 0 100 24", preserveAspectRatio: "none", role: "img", "aria-label": name };
+  return h("dd", { class: "trend" }, h("svg:svg", box, line));
 };
 
 // The clipboard's own interface is there on secure pages only, which a recorder's is not.
@@ -285,12 +282,10 @@ function copyButton(word, name, text, attributes) {
 
 function row({ label, value, show, copy, trend, when = () => true }) {
   const name = tr(`复制 ${label}`, `Copy ${label}`);
-  const more = [
-    copy && copyButton("", name, () => value(status), { class: "quiet" }),
-    trend && trendLine(trend),
-  ].filter(Boolean);
-  const text = live(more.length ? "span" : "dd", value, show);
-  const node = h("div", {}, h("dt", {}, label), more.length ? h("dd", { class: "with" }, text, more) : text);
+  const text = live(copy ? "span" : "dd", value, show);
+  const button = copy && copyButton("", name, () => value(status), { class: "quiet" });
+  const data = copy ? h("dd", { class: "with" }, text, button) : text;
+  const node = h("div", {}, h("dt", {}, label), data, trend && trendLine(trend));
   updates.push(() => {
     node.hidden = Boolean(status && !when(status));
   });
@@ -312,7 +307,8 @@ function drawVerdict(verdict, cards) {
     if (key === old) return;
     old = key;
     const count = found.length;
-    verdict.className = `verdict ${!status || link !== "ok" ? "busy" : count ? "warn" : "ok"}`;
+    const kind = !status || link !== "ok" ? "busy" : count ? "warn" : "ok";
+    verdict.className = `verdict ${kind}`;
     const word = !status
       ? tr("正在读取…", "Reading…")
       : link !== "ok"
@@ -325,11 +321,7 @@ function drawVerdict(verdict, cards) {
           : tr("一切正常", "All well");
     const jump = ([id, text]) =>
       h("button", { type: "button", class: "quiet", onclick: () => jumpTo(id) }, text);
-    verdict.replaceChildren(
-      icon(!status || link !== "ok" ? "busy" : count ? "warn" : "ok"),
-      h("strong", {}, word),
-      ...found.map(jump),
-    );
+    verdict.replaceChildren(icon(kind), h("strong", {}, word), ...found.map(jump));
   });
 }
 
@@ -370,12 +362,12 @@ export function statusView() {
   const drawn = cards.map(({ id, title, state: of, rows }) =>
     h(
       "section",
-      { class: rows.length > 5 ? "card tall" : "card", id, tabindex: "-1" },
+      { class: "card", id, tabindex: "-1" },
       h("h2", {}, title, of ? live("span", of) : ""),
       rowsOf(rows),
     ),
   );
   const word = tr("复制状态文本", "Copy status as text");
   const copy = copyButton(word, word, () => (status ? statusText(cards) : ""), { class: "copy-all" });
-  return [verdict, age, h("div", { class: "cards" }, drawn), copy];
+  return [verdict, age, columns(drawn), copy];
 }
