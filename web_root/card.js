@@ -16,7 +16,8 @@ function clockNotes(values) {
   const [here, there] = [zoneText(own), zoneText(zone)];
   return [
     tr(`本设备的时区是 ${here}。`, `This device is in ${here}.`),
-    zone !== own &&
+    Math.abs(zone) <= 14 &&
+      zone !== own &&
       tr(`录像机的时区是 ${there}：请先核对。`, `The recorder's time zone is ${there}: check it first.`),
     values.ucFD_GpsSTFlag === "1" &&
       tr("GPS 校时已开启，会再次改动时钟。", "GPS sets the clock too, and will move it again."),
@@ -106,7 +107,8 @@ export class Card {
       (value) => form.edit(field, value),
     );
     const left = ({ relatedTarget }) => {
-      if (row.contains(relatedTarget)) return;
+      // Saving marks every row; a line that comes up now would move its button away from under the press.
+      if (row.contains(relatedTarget) || this.footer.contains(relatedTarget)) return;
       const { values } = form;
       if (form.edits.has(field.name)) this.mark(field.name, problem(field, values[field.name], values));
       this.refresh();
@@ -187,14 +189,15 @@ export class Card {
     };
     const count = base ? Object.keys(edited).length : edits.size;
     const waiting = phase === "waiting";
+    const mayNot = Boolean(hooks.mayNot());
     this.node.setAttribute("aria-busy", String(busy));
-    this.body.inert = busy || Boolean(hooks.mayNot());
+    this.body.inert = busy || mayNot;
     this.footer.hidden = !busy && (count === 0 || !base);
     this.progress.hidden = !busy;
     setText(this.count, steps[phase] ?? tr(`${count} 项更改`, `${count} changed`));
     setText(this.revertButton, waiting ? tr("停止等待", "Stop waiting") : tr("还原", "Revert"));
     this.revertButton.hidden = busy && !waiting;
-    this.saveButton.hidden = waiting;
+    this.saveButton.hidden = waiting || mayNot;
     setText(this.saveButton, busy ? tr("请稍候", "Please wait") : tr("保存", "Save"));
     this.saveButton.setAttribute("aria-disabled", String(busy));
     for (const each of [this.revertButton, this.saveButton])
@@ -238,7 +241,16 @@ export class Card {
   drawUnread() {
     const { group, loading, reading } = this.form;
     if (loading || !reading) {
-      const bones = group.fields.map(() => h("div", { class: "row" }, h("span", { class: "bone" })));
+      const bone = () => h("span", { class: "bone" });
+      const bones = group.fields.map(({ kind, label, help }) =>
+        h(
+          "div",
+          { class: `row ${kind}` },
+          h("label", {}, tr(...label)),
+          bone(),
+          help && h("p", { class: "help" }, tr(...help)),
+        ),
+      );
       const word = h("p", { class: "hidden" }, tr("正在读取…", "Reading…"));
       this.body.replaceChildren(word, ...bones);
       return;

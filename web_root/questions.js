@@ -159,7 +159,10 @@ const OUTCOMES = {
   ],
 };
 
-const named = ([field, content]) => h("li", {}, `${tr(...field.label)} = `, h("bdi", {}, content));
+const named =
+  (link) =>
+  ([field, content]) =>
+    h("li", {}, tr(...field.label) + link, h("bdi", {}, content));
 
 /** The nodes that tell a result of exchange.save(). */
 export function resultNodes(result) {
@@ -168,7 +171,8 @@ export function resultNodes(result) {
     conflict: () => result.clashes.map(({ field, theirs }) => [field, inWords(field, theirs)]),
     invalid: () => result.problems.map(([field, problem]) => [field, tr(...problem)]),
   }[result.outcome]?.();
-  return [badge(...OUTCOMES[result.outcome](result)), rows ? h("ul", {}, rows.map(named)) : ""];
+  const link = result.outcome === "invalid" ? tr("：", ": ") : " = ";
+  return [badge(...OUTCOMES[result.outcome](result)), rows ? h("ul", {}, rows.map(named(link))) : ""];
 }
 
 export const isDone = ({ outcome }) => outcome === "saved" || outcome === "same";
