@@ -114,14 +114,20 @@ export function changeRecorder(identity, carry) {
 
 // ---- views
 
+/** Drafts may have come back before anybody heard of their count. */
+function listen(counted) {
+  onCount = counted;
+  restoreDrafts();
+  forms.forEach(({ group }) => countEdits(group.section));
+}
+
 /**
  * The cards of a section; `counted(section, count)` hears of unsaved edits, also of other sections', and
  * `settled()` when the cards have their height.
  */
 export async function formView(section, counted, settled) {
   await loadNames();
-  onCount = counted;
-  restoreDrafts();
+  listen(counted);
   const before = inSight;
   inSight = forms.filter(({ group }) => group.section === section);
   before.filter((form) => !inSight.includes(form)).forEach((form) => form.leave());
@@ -132,8 +138,7 @@ export async function formView(section, counted, settled) {
 
 /** Reads every group that nobody has opened yet, so that its form stands at once. */
 export async function preload(counted) {
-  onCount = counted;
-  restoreDrafts();
+  listen(counted);
   for (const form of forms) if (!form.base) await form.load();
 }
 
