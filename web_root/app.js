@@ -43,6 +43,7 @@ const product = () => tr("车载录像机", "Vehicle recorder");
 const FORM_MODULES = [
   "forms",
   "form",
+  "card",
   "names",
   "schema",
   "settings",
