@@ -35,9 +35,8 @@ function recorder(on = () => undefined) {
     if (told instanceof Error) throw ((open -= 1), told);
     if (!told && verb === "set") Object.assign(held, Object.fromEntries(body));
     if (body && held.strFD_LensId) held.strFD_LensId = "*L1*"; // one comes back, whatever is sent
-    const [answer, status = 200, headers] = told
-      ? [told].flat()
-      : [{ ...(verb === "get" && held), result: 1 }];
+    const usual = { ...(verb === "get" && held), result: 1 };
+    const [answer, status = 200, headers] = [told || usual].flat();
     const text = async () => ((open -= 1), typeof answer === "string" ? answer : JSON.stringify(answer));
     return { status, headers: new Headers(headers), text };
   };
@@ -56,11 +55,7 @@ const moved = (change) => ({
 
 const [APN, THEIRS, PHONE] = [{ strFD_Apn: "a" }, { strFD_Apn: "b" }, { strFD_PhoneNo: "1" }];
 const [SSID, MODE1, MODE2] = [{ strFD_SSID: "a" }, { ucFD_WorkMode: "1" }, { ucFD_WorkMode: "2" }];
-const [OFF, STREAM0, STREAM1] = [
-  { ucFD_GB28181Enable: "0" },
-  { ucFD_StreamType: "0" },
-  { ucFD_StreamType: "1" },
-];
+const [OFF, STREAM] = [{ ucFD_GB28181Enable: "0" }, { ucFD_StreamType: "0" }];
 
 // What a save tells, and what the recorder holds in the end; START has been seen unless given otherwise.
 const SAVES = [
@@ -86,8 +81,8 @@ const SAVES = [
   ["login ended", "GNet", APN, once(SET, ["no", 401]), "denied login", START.GNet],
   ["busy, then not", "GNet", APN, once(SET, BUSY), "saved", APN],
   ["away at the moment of sending", "GNet", APN, { mayWrite: () => false }, "held", START.GNet],
-  ["the stream needs registration", "GB28181", OFF, {}, "saved", STREAM0],
-  ["a stream without it", "GB28181", { ...OFF, ...STREAM1 }, {}, "kept", STREAM0],
+  ["the stream needs registration", "GB28181", OFF, {}, "saved", STREAM],
+  ["a stream without it", "GB28181", { ...OFF, ucFD_StreamType: "1" }, {}, "kept", STREAM],
   ["channels unknown", "GB28181", { strFD_ServerIp: "a" }, moved({ iVideoChnCount: "0" }), "invalid", {}],
 ];
 
@@ -107,11 +102,9 @@ for (const [name, id, edits, { seen = START[id], on, mayWrite }, told, held] of 
   });
 }
 
-test("a group that cannot be read is written only when every field is chosen; clocks run on", async () => {
+test("a group that cannot be read is written only when every field is chosen; clocks run on", async (t) => {
   const base = group("Base");
-  const { request, log, state } = recorder(
-    (path) => path === "/get_BaseInfo" && { ...START.Base, result: 0 },
-  );
+  const { request, log, state } = recorder((path) => /get_B/.test(path) && { ...START.Base, result: 0 });
   const edits = { strFD_DeviceNo: "BUS-2", ucFD_TimeZone: "8", ucFD_GpsSTFlag: "0" };
   assert.equal((await save(request, base, edits)).outcome, "unread");
   assert.ok(!log.includes("/set_BaseInfo"));
@@ -119,12 +112,14 @@ test("a group that cannot be read is written only when every field is chosen; cl
   assert.equal(state.Base.strFD_CurTime, "2030-01-01 00:00:00");
 
   const other = recorder();
-  const { outcome } = await save(other.request, base, { ucFD_TimeZone: "9" }, { seen: START.Base });
+  const clock = () => other.state.Base.strFD_CurTime;
+  const mayWrite = () => t.mock.method(Date, "now", () => later); // it takes a while to be sent
+  const later = Date.now() + 600000;
+  const { outcome } = await save(other.request, base, { ucFD_TimeZone: "9" }, { seen: START.Base, mayWrite });
   assert.equal(outcome, "saved");
-  assert.match(other.state.Base.strFD_CurTime, /^2026-03-14 15:09:2[67]$/);
+  assert.match(clock(), /^2026-03-14 15:19:/);
   await save(other.request, base, { strFD_CurTime: OWN_TIME }, { seen: START.Base });
-  const own = new Date(Date.now() - new Date().getTimezoneOffset() * 60000).toISOString();
-  assert.equal(other.state.Base.strFD_CurTime.slice(0, 13), own.slice(0, 13).replace("T", " "));
+  assert.equal(Date.parse(clock()), later - (later % 1000));
 });
 
 test("requests: one at a time, urgent ones first, what nobody waits for leaves; a reading login", async () => {
@@ -138,9 +133,8 @@ test("requests: one at a time, urgent ones first, what nobody waits for leaves; 
     return { status: 200, headers, text: async () => '{"result": 1}' };
   });
   const leave = new AbortController();
-  const [a, b, c] = ["a", "b", "c"].map((path) =>
-    request(path, { signal: path === "b" ? leave.signal : undefined }),
-  );
+  const signal = (path) => (path === "b" ? leave.signal : undefined);
+  const [a, b, c] = ["a", "b", "c"].map((path) => request(path, { signal: signal(path) }));
   const urgent = [request("w", { urgent: true, form: () => [] }), request("x", { urgent: true })];
   leave.abort();
   assert.deepEqual(await b, { trouble: "dropped" });
@@ -205,31 +199,22 @@ test("settings file: what is not understood is told, numbers are text, networks 
   const [{ from, to }, ...more] = difference(group("GNet"), START.GNet, wanted.GNetInfo);
   assert.deepEqual([from, to, more], ["6", "7", []]);
   const locks = difference(group("Wifi"), START.Wifi, { ...START.Wifi, ...MODE2 });
-  assert.equal(
-    locks.map((row) => `${Boolean(row.lock)} ${row.from}`).join(),
-    `false 1${",true undefined".repeat(5)}`,
-  );
+  assert.equal(locks.filter((row) => row.lock && row.from === undefined).length, 5);
+  assert.equal(locks[0].from, "1");
 });
 
 test("values that hardly work are asked about, unknown ones are wanted; texts have both languages", () => {
-  const REGISTERED = {
-    ucFD_GB28181Enable: "1",
-    strFD_DeviceId: "1".repeat(19),
-    strFD_ServerID: "1".repeat(20),
-  };
+  const registered = valuesOf("GB28181", "1", "1", "ip", "1", "1".repeat(20), "1".repeat(19));
   for (const [id, values, expected] of [
     ["VCms", { ucFD_AddressType: "1", strFD_Address: "", usFD_Port: "0" }, "strFD_Address usFD_Port"],
     ["Wifi", { ...START.Wifi, strFD_SSID: "", strFD_Passwd: "1234567" }, "strFD_SSID strFD_Passwd"],
     ["Wifi", { ...START.Wifi, ...MODE2, strFD_SSID: "" }, ""],
-    ["GB28181", REGISTERED, "strFD_DeviceId"],
+    ["GB28181", registered, "strFD_DeviceId"],
     ["GB28181", { ...OFF, strFD_ServerIp: "" }, ""],
-  ])
-    assert.equal(
-      doubts(group(id), values, values, {})
-        .map(([{ name }]) => name)
-        .join(" "),
-      expected,
-    );
+  ]) {
+    const asked = doubts(group(id), values, values, {});
+    assert.equal(asked.map(([{ name }]) => name).join(" "), expected);
+  }
   for (const field of groups.flatMap(({ fields }) => fields))
     assert.equal(Boolean(problem(field, undefined, {})), field.kind !== "fact", field.name);
   for (const pair of JSON.stringify(groups).match(/\[("[^"]*",?)*\]/g))
@@ -242,11 +227,7 @@ test("names.json: the example is right, and a wrong entry is named", () => {
   const NetType = { x: ["中", "e"], 1: ["中"], 2: ["中", "e", "ok"], 3: ["中", "e"] };
   const fields = { "GNetInfo.ucFD_NetType": NetType, "GNetInfo.strFD_Apn": {}, "Y.z": {} };
   const { wrong, good } = checkNames({ fields, status: { "gnet.x": {} }, other: {} });
-  const places =
-    "GNetInfo.ucFD_NetType.1 GNetInfo.ucFD_NetType.2 GNetInfo.ucFD_NetType.x GNetInfo.strFD_Apn Y.z";
-  assert.equal(
-    wrong.map(([place]) => place.replace("fields.", "")).join(" "),
-    `${places} status.gnet.x other`,
-  );
+  const places = /^\S+Type\.1 \S+Type\.2 \S+Type\.x \S+Apn fields\.Y\.z status\.gnet\.x other$/;
+  assert.match(wrong.map(([place]) => place).join(" "), places);
   assert.deepEqual(good.fields, { "GNetInfo.ucFD_NetType": { 3: ["中", "e"] } });
 });

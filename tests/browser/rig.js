@@ -5,17 +5,14 @@
 import assert from "node:assert/strict";
 import { mkdtempSync, readFileSync, rmSync } from "node:fs";
 import { tmpdir } from "node:os";
-import { join } from "node:path";
+import { dirname, join } from "node:path";
 import { after, test } from "node:test";
 import puppeteer from "puppeteer-core";
 import { DAEMON, end, SIMULATOR, start } from "../fleet/depot.js";
 
 export const ADDRESS = "http://127.0.0.1:8080";
+const FIREFOX_SCHEME = "layout.css.prefers-color-scheme.content-override";
 export const BOTH = ["chrome", "firefox"];
-
-export const startDaemon = () =>
-  start(DAEMON, ["--port", "8080", "--web-root", process.env.WEB_ROOT], "Starting web server");
-export const stopDaemon = ({ daemon }) => end(daemon);
 
 const NAMED = { amp: "&", lt: "<", gt: ">", quot: '"', apos: "'" };
 const decode = (text) =>
@@ -56,64 +53,56 @@ after(() => Promise.all([...browsers.values()].map((browser) => browser.close())
 /** A browser is started once for each scheme. Nothing moves in it, so that no test sees a thing half way. */
 async function browserFor(browser, dark) {
   const key = `${browser} ${dark}`;
-  if (browsers.has(key)) return browsers.get(key);
-  const userDataDir = mkdtempSync(join(tmpdir(), "browser-"));
-  const args = [
-    ...[
-      "--no-sandbox",
-      "--disable-gpu",
-      "--disable-quic",
-      "--no-first-run",
-      "--disable-sync",
-      "--lang=en-US",
-    ],
-    ...["--disable-background-networking", "--disable-component-update", "--force-prefers-reduced-motion"],
-    ...["--host-resolver-rules=MAP recorder.example.com 127.0.0.1"],
-    `--blink-settings=preferredColorScheme=${dark ? 0 : 1}`,
-  ];
-  const colours = "layout.css.prefers-color-scheme.content-override";
+  const scheme = dark ? 0 : 1;
+  const chrome = ["--no-sandbox", "--disable-gpu", "--lang=en-US", "--force-prefers-reduced-motion"];
+  const names = "--host-resolver-rules=MAP recorder.example.com 127.0.0.1";
   const how = {
-    chrome: { executablePath: "/usr/bin/chromium", args },
-    firefox: {
-      executablePath: "/usr/bin/firefox-esr",
-      extraPrefsFirefox: { [colours]: dark ? 0 : 1, "ui.prefersReducedMotion": 1 },
-    },
-  }[browser];
-  const env = { ...process.env, TZ: "Asia/Shanghai", HOME: userDataDir };
-  browsers.set(key, await puppeteer.launch({ browser, ...how, userDataDir, env }));
+    args: browser === "chrome" ? [...chrome, names, `--blink-settings=preferredColorScheme=${scheme}`] : [],
+    extraPrefsFirefox: { [FIREFOX_SCHEME]: scheme, "ui.prefersReducedMotion": 1 },
+    executablePath: { chrome: "/usr/bin/chromium", firefox: "/usr/bin/firefox-esr" }[browser],
+    env: { ...process.env, TZ: "Asia/Shanghai", HOME: tmpdir() },
+  };
+  if (!browsers.has(key)) browsers.set(key, await puppeteer.launch({ browser, ...how }));
   return browsers.get(key);
 }
 
-/** What the tests do with a page, in short. Selectors may hold puppeteer's ::-p-text(). */
-const tools = (page) => ({
-  page,
-  click: (selector) => page.locator(selector).click(),
-  async fill(selector, text) {
-    await page.locator(selector).wait();
-    await page.$eval(selector, (input) => (input.focus(), input.select()));
-    await page.keyboard.type(text);
-  },
-  async press(...keys) {
-    for (const key of keys) await page.keyboard.press(key);
-  },
-  value: (selector) => page.$eval(selector, (element) => element.value),
-  /** Waits until what the selectors' elements hold or say matches. */
-  async says(selector, { source, flags }) {
-    const text = (all) => all.map(({ value, innerText }) => value || innerText).join("\n");
-    const look = (wanted, pattern, how) => {
-      const all = [...document.querySelectorAll(wanted)];
-      return new RegExp(pattern, how).test(all.map((each) => each.value || each.innerText).join("\n"));
-    };
-    await page.waitForFunction(look, {}, selector, source, flags).catch(async () => {
-      assert.match(await page.$$eval(selector, text), new RegExp(source, flags), selector);
-    });
-  },
-  async open(place) {
-    await page.goto(`${ADDRESS}/#${place}`);
-    await page.waitForSelector(`#view[data-section=${place.split("/")[0]}]`);
-    await page.waitForFunction(() => !document.querySelector("form .bone, .cards .bone"));
-  },
-});
+// What the running test has; the tests of a file run one after the other.
+export let page, recorder, daemon;
+/** The addresses of all that the page has asked for; those of writes. */
+export let sent;
+export const writes = () => sent.filter((url) => url.includes("/set_"));
+export async function startDaemon() {
+  const args = ["--port", "8080", "--web-root", process.env.WEB_ROOT];
+  daemon = await start(DAEMON, args, "Starting web server");
+}
+export const stopDaemon = () => end(daemon);
+
+// Selectors may hold puppeteer's ::-p-text().
+export const click = (selector) => page.locator(selector).click();
+export const held = (selector) => page.$eval(selector, (element) => element.value);
+export const press = (key) => page.keyboard.press(key);
+
+export async function fill(selector, text) {
+  await page.locator(selector).wait();
+  await page.$eval(selector, (input) => (input.focus(), input.select()));
+  await page.keyboard.type(text);
+}
+
+/** Waits until what the selectors' elements hold or say matches. */
+export async function says(selector, pattern) {
+  const text = (wanted) =>
+    [...document.querySelectorAll(wanted)].map((each) => each.value || each.innerText).join("\n");
+  const look = `RegExp(${JSON.stringify(pattern.source)}, "${pattern.flags}").test((${text})(${JSON.stringify(selector)}))`;
+  await page
+    .waitForFunction(look)
+    .catch(async () => assert.match(await page.evaluate(text, selector), pattern, selector));
+}
+
+export async function open(place) {
+  await page.goto(`${ADDRESS}/#${place}`);
+  await page.waitForSelector(`#view[data-section=${place.split("/")[0]}]`);
+  await page.waitForFunction(() => !document.querySelector("form .bone, .cards .bone"));
+}
 
 /**
  * A test with a recorder, the daemon and a page on a phone, opened `at` a section, in each browser of `names`.
@@ -121,16 +110,16 @@ const tools = (page) => ({
  */
 export function inBrowser(title, { names = ["chrome"], options = [], at, language = "EN", dark }, body) {
   const run = async (name) => {
-    const recorder = new Recorder();
+    recorder = new Recorder();
     await recorder.start(...options);
-    const context = await (await browserFor(name, dark)).createBrowserContext();
-    const page = await context.newPage();
-    const [sent, errors] = [[], []];
-    const writes = () => sent.filter((url) => url.includes("/set_"));
-    const answer = (dialog) => dialog.accept();
-    const rig = { ...tools(page), recorder, daemon: await startDaemon(), context, sent, writes, answer };
+    await startDaemon();
+    const downloadBehavior = { policy: "allow", downloadPath: dirname(recorder.file) };
+    const context = await (await browserFor(name, dark)).createBrowserContext({ downloadBehavior });
+    page = await context.newPage();
+    sent = [];
+    const errors = [];
     page.on("request", (request) => sent.push(request.url()));
-    page.on("dialog", (dialog) => rig.answer(dialog));
+    page.on("dialog", (dialog) => dialog.accept());
     page.on("pageerror", (error) => errors.push(error.stack));
     page.on("console", (message) => {
       if (/Content.Security.Policy/.test(message.text())) errors.push(message.text());
@@ -140,14 +129,15 @@ export function inBrowser(title, { names = ["chrome"], options = [], at, languag
       page.setDefaultTimeout(60000);
       if (language)
         await page.evaluateOnNewDocument((code) => location.host && (localStorage.language = code), language);
-      if (at) await rig.open(at);
-      await body(rig);
+      if (at) await open(at);
+      await body();
       assert.deepEqual(errors, []);
     } finally {
       await context.close();
-      await end(rig.daemon);
+      await end(daemon);
       await end(recorder.child);
     }
   };
-  for (const name of names) test(`${title}, ${name}`, () => run(name));
+  // What nobody else ends after a minute of waiting.
+  for (const name of names) test(`${title}, ${name}`, { timeout: 600000 }, () => run(name));
 }
