@@ -4,12 +4,16 @@
 // What every unit test has at hand.
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <atomic>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -17,6 +21,13 @@
 
 #include "tests/support/Capture.h"
 #include "tests/support/Sandbox.h"
+
+inline std::string Repeat(int count, const std::string& part) {
+    std::string text;
+    for (int i = 0; i < count; ++i)
+        text += part;
+    return text;
+}
 
 // For cases that change the machine. A file's suite is this under its own name.
 struct InSandbox : testing::Test {

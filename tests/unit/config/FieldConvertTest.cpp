@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Config/FieldConvert.h"
 
-#include <arpa/inet.h>
 #include <cfloat>
 
 #include "tests/unit/Unit.h"
@@ -9,44 +8,31 @@
 
 TEST(FieldConvert, Addresses) {
     const std::pair<const char*, uint32_t> cases[] = {
-        {"1.2.3.4", htonl(0x01020304)},
-        {"1.2.3.400", INADDR_NONE},
-        {"1..2.3", INADDR_NONE},
-        {"0x10", 16},
-        {"0XfF", 255},
-        {"0x123456789", 0x23456789},
-        {"42", 42},
-        {"2147483648", 0x80000000},
-        {"4294967298", 2},
-        {"-1", 0xFFFFFFFF},
-        {"", 0},
+        {"1.2.3.400", INADDR_NONE}, {"0XfF", 255},     {"0x123456789", 0x23456789},
+        {"2147483648", 0x80000000}, {"4294967298", 2}, {"", 0},
     };
     uint32_t address = 0;
     for (const auto& [text, stored] : cases) {
         EXPECT_EQ(Task::ParseAddress(text, &address), 0) << text;
         EXPECT_EQ(address, stored) << text;
     }
-    for (const char* text : {"256.1.1.1", "1.99999999999999999999.1.1", "1.2.3", "1.2.3.4.5", "0x",
-                             "0x1g", "4-2", "+1", "abc"})
+    for (const char* text : {"256.1.1.1", "1.99999999999999999999.1.1", "1.2.3", "1.2.3.4.5", "+1"})
         EXPECT_EQ(Task::ParseAddress(text, &address), -1) << text;
     EXPECT_EQ(address, 0U) << "what was there before stays";
 }
 
-template <typename Number>
-static std::string Show(Number number) {
-    return std::to_string(number);
-}
+using std::to_string;
 template <size_t N>
-static std::string Show(const char (&text)[N]) {
+static std::string to_string(const char (&text)[N]) {
     return {text, strnlen(text, N)};
 }
 template <typename Number, size_t N>
-static std::string Show(const Number (&array)[N]) {
-    return Show(array[0]) + " " + Show(array[1]) + " " + Show(array[2]) + " .. " +
-           Show(array[N - 1]);
+static std::string to_string(const Number (&array)[N]) {
+    return to_string(array[0]) + " " + to_string(array[1]) + " " + to_string(array[2]) + " .. " +
+           to_string(array[N - 1]);
 }
 
-#define FIELD(path) [](const DeviceParaRecord& record) { return Show(record.path); }
+#define FIELD(path) [](const DeviceParaRecord& record) { return to_string(record.path); }
 
 using Cases = std::vector<std::pair<std::string, std::string>>;
 
@@ -57,13 +43,10 @@ static void Expect(Import import, const std::string& attribute,
     Task task;
     for (const auto& [text, stored] : cases) {
         const std::string all = attribute.empty() ? text : attribute + "='" + text + "'";
-        // In rows of its tables, too: what is none of a place's fields is passed over.
-        const Element element("<s " + all + "><stVdaPara><r_x " + all +
-                              "/></stVdaPara><stVideoMirrorPara><r_x " + all +
-                              "/></stVideoMirrorPara></s>");
+        // In a row of a table, too: what is none of a place's fields is passed over.
+        const Element element("<s " + all + "><stVdaPara><r_x " + all + "/></stVdaPara></s>");
         const int result = (task.*import)(element.Get(), nullptr);
-        EXPECT_EQ(field(task.m_stPara) + (result != 0 ? " => " + std::to_string(result) : ""),
-                  stored)
+        EXPECT_EQ(field(task.m_stPara) + (result != 0 ? " => " + to_string(result) : ""), stored)
             << all;
     }
 }
@@ -73,12 +56,10 @@ TEST(FieldConvert, Fields) {
     Expect(&Task::Import_SubStream, "ucFD_Quality", FIELD(stSubStream.ucFD_Quality),
            {{"300", "44"}, {"-1", "255"}, {"x", "0"}, {" 12abc", "12"}, {"4294967299", "3"}});
     Expect(&Task::Import_GSensor, "", FIELD(stGSensor.fFD_X),
-           {{"fFD_X='1e999'", Show(FLT_MAX)},
-            {"fFD_X='-1e39'", Show(-FLT_MAX)},
-            {"fFD_X='nan'", Show(0.0F)},
-            {"RECALIBRATE='0' fFD_X='2'", Show(2.0F) + " => 1"}});
-    Expect(&Task::Import_stDisplay, "strLanguage", FIELD(stDisplay.strLanguage),
-           {{"long", "lon"}, {"c", "c"}});
+           {{"fFD_X='1e999'", to_string(FLT_MAX)},
+            {"fFD_X='-1e39'", to_string(-FLT_MAX)},
+            {"fFD_X='nan'", to_string(0.0F)},
+            {"RECALIBRATE='0' fFD_X='2'", to_string(2.0F) + " => 1"}});
     Expect(&Task::Import_stBaseInfo, "", FIELD(stBaseInfo.ucFD_GpsMode),
            {{"ucFD_GpsMode='7' strFD_DeviceNo='1234'", "7 => -1"},
             {"strFD_DeviceNo='1234567890123' ucFD_GpsMode='8'", "7 => -1"},
@@ -91,13 +72,12 @@ TEST(FieldConvert, Fields) {
             {"Revision:" + r63 + "r" + lf, r63},
             {"Revision:a&#10;b", "a\nb"}});
     Expect(&Task::Vehicle<1, true>, "", FIELD(stVehicleInfo[1].strFD_Authentication),
-           {{"strFD_TerminalID='a' strFD_Authentication='new'", ""},
-            {"strFD_TerminalID='a' strFD_Authentication='kept'", "kept"},
-            {"strFD_CarVIN='1' strFD_DeviceNum=''", "kept"},
-            {"strFD_FacturerID='1234567890123456789'", ""},
+           {{"strFD_FacturerID='1234567890123456789' strFD_Authentication='new'", ""},
             {"strFD_FacturerID='1234567890123456789' strFD_Authentication='kept'", "kept"},
+            {"strFD_CarVIN='1' strFD_DeviceNum=''", "kept"},
             {"strFD_FacturerID='12345678901234567890'", ""},
             {"strFD_Authentication='x' strFD_TerminalType='t' STRFD_TERMINALTYPE=''", ""},
+            {"strFD_Authentication='x' strFD_TerminalID='a'", ""},
             {"strFD_Authentication='x' strFD_DeviceNum='n'", ""}});
     Expect(&Task::Vehicle<1, true>, "strFD_Phonenumber", FIELD(stVehicleInfo[1].strFD_Phonenumber),
            {{"5", ""}});
@@ -114,6 +94,4 @@ TEST(FieldConvert, Fields) {
             {"0" + f257, "10 16 255 .. 255"}});
     Expect(&Task::Import_Power, "ucPowerMode", FIELD(stPower.ucPowerMode),
            {{"128", "128"}, {"3", "131"}, {"32", "160"}});
-    Expect(&Task::Import_stVideoMirror, "ucFD_Rotate", FIELD(stVideoMirror[0].ucFD_Rotate),
-           {{"1", "1"}});
 }

@@ -4,9 +4,6 @@
 
 #include "tests/unit/Unit.h"
 
-// Both have the three power flags set, which an import keeps.
-static constexpr unsigned char kPatterns[] = {0xE1, 0xFE};
-
 struct Section {
     Import import;
     std::string xml;
@@ -29,7 +26,8 @@ static std::vector<Section> ReadSections() {
     return sections;
 }
 
-// Imports into a record full of `pattern`. Afterwards it must hold `bytes` at `offset`, and nothing
+// Imports into a record full of `pattern`, in which the three power flags are set: those an import
+// keeps. Afterwards it must hold `bytes` at `offset`, and nothing
 // else may have changed.
 static void ExpectImport(Import import, const std::string& xml, int result, unsigned char pattern,
                          const std::string& bytes = "", size_t offset = 0) {
@@ -53,11 +51,11 @@ TEST(Sections, EveryFieldAndNoOtherByte) {
     size_t offset = 0;
     for (const Section& section : ReadSections()) {
         if (section.import) {
-            ExpectImport(section.import, section.xml, 0, kPatterns[0], section.bytes, offset);
+            ExpectImport(section.import, section.xml, 0, 0xE1, section.bytes, offset);
             std::string otherCase = section.xml;
             for (size_t at = 0; (at = otherCase.find("FD_", at)) != std::string::npos;)
                 otherCase.replace(at, 3, "fd_");
-            ExpectImport(section.import, otherCase, 0, kPatterns[1], section.bytes, offset);
+            ExpectImport(section.import, otherCase, 0, 0xFE, section.bytes, offset);
         }
         offset += section.bytes.size() / 2;
     }
@@ -70,8 +68,8 @@ TEST(Sections, ARowNeedsAnIndex) {
     for (const Section& section : ReadSections()) {
         if (!section.import)
             break;
-        ExpectImport(section.import, "", -1, kPatterns[0]);
-        ExpectImport(section.import, "<s><other><row_0/></other></s>", 0, kPatterns[0]);
+        ExpectImport(section.import, "", -1, 0xE1);
+        ExpectImport(section.import, "<s><other><row_0/></other></s>", 0, 0xE1);
         const size_t row = section.xml.find("<row");
         if (row == std::string::npos)
             continue;

@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "tools/recorder_sim/Server.h"
 
-#include <arpa/inet.h>
-#include <chrono>
-#include <csignal>
-#include <gtest/gtest.h>
-#include <thread>
-
+#include "tests/unit/Unit.h"
 #include "tools/recorder_sim/State.h"
 
 TEST(Server, AnswersLateAndFromElsewhereUntilASignal) {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/Clock.h"
 
-#include <chrono>
-
 #include "CBB/Util/Handle.h"
 #include "CBB/Util/Semaphore.h"
 #include "tests/unit/Unit.h"
@@ -72,9 +70,4 @@ TEST(Clock, ASignalShortensNoSleep) {
     EXPECT_GE(SteadyMs() - start, 79);
     signal(SIGALRM, SIG_IGN);
     EXPECT_GT(alarms, 0);
-}
-
-TEST(Clock, TheStopwatchBorrowsFromItsSeconds) {
-    g_stStopwatch = {{10, 900000}, {12, 100000}};
-    EXPECT_EQ("DEBUG::run time duration : 1s+200ms\n", Capture(StopwatchPrint).out);
 }

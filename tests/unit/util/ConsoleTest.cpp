@@ -3,17 +3,15 @@
 
 #include "tests/unit/Unit.h"
 
-namespace {
-
 // What waits in a pipe.
-std::string Drain(int fd) {
+static std::string Drain(int fd) {
     std::string text(1 << 20, '\0');
     return text.substr(
         0, static_cast<size_t>(std::max<ssize_t>(read(fd, text.data(), text.size()), 0)));
 }
 
 // Both outputs go to one pipe. Returns 0, or the step that failed.
-int PrintUnread(bool own) {
+static int PrintUnread(bool own) {
     int ends[2];
     alarm(100); // instead of waiting for ever
     if (pipe(ends) != 0 || dup2(ends[1], 1) < 0 || dup2(ends[1], 2) < 0 || close(ends[1]) != 0)
@@ -42,8 +40,6 @@ int PrintUnread(bool own) {
     }
     return 0;
 }
-
-} // namespace
 
 TEST(Console, LosesLinesThatNobodyReads) {
     for (const bool own : {false, true})

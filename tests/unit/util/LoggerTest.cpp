@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/Logger.h"
 
-#include <filesystem>
-
 #include "tests/unit/Unit.h"
 
 namespace fs = std::filesystem;
@@ -67,12 +65,12 @@ TEST_F(Logging, LinesAreCutNumberedAndRewound) {
     EXPECT_EQ(1023U, first.size());
     std::replace_if(first.begin(), first.end(), isdigit, '0');
     EXPECT_EQ("<L0> [0000-00-00 00:00:00]:x", first.substr(0, 28));
-    std::thread other([this] {
-        for (int i = 0; i < 60000; ++i)
+    const auto write = [this](int count) {
+        while (count-- > 0)
             m_stLogger.log("a\n");
-    });
-    for (int i = 0; i < 59999; ++i)
-        m_stLogger.log("a\n");
+    };
+    std::thread other(write, 60000);
+    write(59999);
     other.join();
     std::istringstream lines(Run("cat log/*").substr(1023));
     int good = 0;

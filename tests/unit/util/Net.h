@@ -3,8 +3,6 @@
 
 // What the tests of the network tools share.
 
-#include <arpa/inet.h>
-
 #include "CBB/Util/NetTool.h"
 #include "tests/unit/Unit.h"
 

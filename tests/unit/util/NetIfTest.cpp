@@ -21,9 +21,8 @@ TEST_F(NetIf, IsReadAndChanged) {
     Shell("ip link show eth0 | grep -q '<.*[<,]UP[,>]' && ip route add default via 172.16.3.1");
     NetIfInfo info;
     EXPECT_EQ(GetIfInfo("eth0", &info), 0);
-    EXPECT_EQ(info.uiAddr, Ip("172.16.3.4"));
-    EXPECT_EQ(info.uiNetmask, Ip("255.255.255.128"));
-    EXPECT_EQ(info.uiGateway, Ip("172.16.3.1"));
+    EXPECT_EQ(std::tuple(info.uiAddr, info.uiNetmask, info.uiGateway),
+              std::tuple(Ip("172.16.3.4"), Ip("255.255.255.128"), Ip("172.16.3.1")));
     EXPECT_EQ(memcmp(info.ucMac, mac, 6), 0);
     EXPECT_EQ(GetIfInfo("eth7", &info), 0);
     EXPECT_EQ(info.uiAddr, 0U) << "what was there before is gone";

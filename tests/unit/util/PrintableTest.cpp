@@ -9,14 +9,12 @@ TEST(Printable, ShowsNoControlCharactersAndNoSecrets) {
     EXPECT_EQ(Printable("\xe4\xbd\xa0 \xc3\x9f \x9b \xc2\x9b"),
               "\xe4\xbd\xa0 \xc3\x9f \\x9b \\xc2\\x9b");
     const std::pair<const char*, const char*> masked[] = {
-        {"<a b=\"1\" strFD_Passwd=\"x'y\" c='2'/>", "<a b=\"1\" strFD_Passwd=\"***\" c='2'/>"},
         {"strFD_UserPasswd = 'x\"=y' z\n", "strFD_UserPasswd = '***' z\\x0a"},
         {"<a WPAKEY=x/&=y>", "<a WPAKEY=***>"},
         {"strFD_DevicePass=\"cut off", "strFD_DevicePass=\"***"},
         {"id='=' strFD_Passwd=\"\"", "id='=' strFD_Passwd=\"***\""},
         {"id='a strFD_Passwd=\"' strFD_Passwd=\"x\"", "id='***' strFD_Passwd=\"***\""},
         {"id=\"q\" z='\" strFD_Passwd=\"x\"", "id=\"q\" z='***"},
-        {"monkey pass", "monkey pass"},
         {"=", "="},
     };
     for (const auto& [text, shown] : masked) {

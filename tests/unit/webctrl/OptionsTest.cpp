@@ -42,9 +42,7 @@ TEST(Options, AreTakenOrRefused) {
     const std::pair<std::string, std::string> refused[] = {
         {"--port 0", port + "'0'"},
         {"--port 65536", port + "'65536'"},
-        {"--port 100000", port + "'100000'"},
         {"--port 80x", port + "'80x'"},
-        {"--port=", port + "''"},
         {"--port", "--port needs a value"},
         {"--recorder host:6000", recorder + "'host:6000'"},
         {"--recorder 127.0.0.1", recorder + "'127.0.0.1'"},

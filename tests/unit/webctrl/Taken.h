@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include "CBB/Util/Owner.h"
 #include "tests/unit/Unit.h"
 

@@ -14,8 +14,6 @@ TEST(CmsAlias, MapsBothWaysInRowOrder) {
         {CMS_SERVER_TO_DISPLAY, "192.0.2.4", "203.0.113.4"},
         {CMS_DISPLAY_TO_SERVER, "192.0.2.1", "192.0.2.1"}, // a server, not shown under itself
         {CMS_SERVER_TO_DISPLAY, "198.51.100.1", "198.51.100.1"},
-        {CMS_SERVER_TO_DISPLAY, "10.1.2.3", "10.1.2.3"},
-        {CMS_DISPLAY_TO_SERVER, "", ""},
         {CMS_DISPLAY_TO_SERVER, std::string(80, 'x'), std::string(63, 'x')},
     };
     CWebCtrl controller;

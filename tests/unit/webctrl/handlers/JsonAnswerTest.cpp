@@ -21,11 +21,9 @@ TEST(JsonAnswer, EscapesAndMends) {
         EXPECT_EQ(Shown(good), good);
     // Stray bytes, and what is cut off, overlong, a surrogate or beyond the last character.
     for (const std::string bad :
-         {"\x80\xc1\xf5\xff", "\xc2", "\xe4\xbd", "\xf0\x9f\x9a", "\xc2", "\xe0\x9f\xbf",
+         {"\x80\xc1\xf5\xff", "\xc2", "\xe4\xbd", "\xf0\x9f\x9a", "\xe0\x9f\xbf",
           "\xf0\x8f\xbf\xbf", "\xed\xa0\x80", "\xf4\x90\x80\x80"}) {
-        std::string mended;
-        for (size_t at = 0; at < bad.size(); ++at)
-            mended += "\\ufffd";
+        const std::string mended = Repeat(static_cast<int>(bad.size()), "\\ufffd");
         EXPECT_EQ(Shown(bad), mended);
         EXPECT_EQ(Shown(bad + "<"), mended + "\\u003c");
     }

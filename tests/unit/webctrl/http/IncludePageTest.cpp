@@ -1,27 +1,19 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Http/IncludePage.h"
 
-#include <filesystem>
-
 #include "tests/unit/Unit.h"
 
 TEST(IncludePage, CostsABoundedAmountOfWork) {
     char folder[] = "/tmp/include-page-XXXXXX";
     ASSERT_NE(mkdtemp(folder), nullptr);
     const std::string page = folder + std::string("/page.shtml");
-    const auto repeated = [](const char* text, int count) {
-        std::string all;
-        for (int i = 0; i < count; ++i)
-            all += text;
-        return all;
-    };
-    const std::string itself = repeated("<!--#include file=\"page.shtml\" -->", 10);
+    const std::string itself = Repeat(10, "<!--#include file=\"page.shtml\" -->");
     const std::pair<std::string, size_t> cases[] = {
         // a page, and the bytes of it at most
         {"x" + itself, 1001},
         {itself + std::string(30000, 'x'), 1 << 20},
         {std::string(2 << 20, 'x'), 1 << 20},
-        {repeated("<!--#call setting1 -->", 1001), 6 * 1000}};
+        {Repeat(1001, "<!--#call setting1 -->"), 6 * 1000}};
     for (const auto& [text, bytes] : cases) {
         std::ofstream(page) << text;
         EXPECT_LE(RenderIncludePage(page, folder).size(), bytes);

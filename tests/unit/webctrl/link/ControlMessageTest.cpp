@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Link/ControlMessage.h"
 
-#include <tinyxml.h>
-
 #include "CBB/WebCtrl/WebCtrl.h"
 #include "tests/unit/Unit.h"
 
@@ -20,7 +18,6 @@ TEST(ControlMessage, ClassifiesRequestsAndPassesOverReplies) {
          "first attribute name is not Action."},
         {"<VariCfgSec>", 9, "get first pAttribute failed."},
         {"<varicfgsec Action=\"DEVICE_SET\"/>", 9, "xmlDoc.FirstChildElement[VariCfgSec] failed."},
-        {"", 9, "xmlDoc.FirstChildElement[VariCfgSec] failed."},
     };
     for (const auto& [text, type, line] : cases) {
         int found = 9, result = 1;
@@ -36,55 +33,31 @@ TEST(ControlMessage, ClassifiesRequestsAndPassesOverReplies) {
 TEST(ControlMessage, FindsRootAttributesByExactName) {
     const std::string text = "<VariCfgSec Action=\"DEVICE_SET\" a=\"&lt;1\" A=\"2\" long=\"" +
                              std::string(600, 'l') + "\" Result=\"7\"><x Result=\"8\"/>";
-    const std::string values[][2] = {{"Action", "DEVICE_SET"},
-                                     {"a", "<1"},
-                                     {"A", "2"},
-                                     {"Result", "7"},
-                                     {"result", ""},
-                                     {"long", std::string(kAttrValueCapacity - 1, 'l')}};
-    for (const auto& [name, value] : values) {
+    const auto value = [&text](const char* name) {
         char found[kAttrValueCapacity] = "";
-        EXPECT_EQ(CWebCtrl().GetParaAttrValue(text.c_str(), name.c_str(), found),
-                  value.empty() ? -1 : 0);
-        EXPECT_EQ(found, value) << name;
-    }
+        const int result = CWebCtrl().GetParaAttrValue(text.c_str(), name, found);
+        return std::to_string(result) + found + " ";
+    };
+    EXPECT_EQ(value("Action") + value("a") + value("A") + value("Result") + value("result"),
+              "0DEVICE_SET 0<1 02 07 -1 ");
+    EXPECT_EQ(value("long"), "0" + std::string(kAttrValueCapacity - 1, 'l') + " ");
 }
 
 TEST(ControlMessage, GivesTheParserNoTextThatNestsDeeply) {
-    const auto times = [](int count, const std::string& part) {
-        std::string text;
-        for (int i = 0; i < count; ++i)
-            text += part;
-        return text;
-    };
-    const std::string most = times(16, "<a>") + times(16, "</a>"), deep = "<a>" + most + "</a>";
+    const std::string most = Repeat(16, "<a>") + Repeat(16, "</a>"), deep = "<a>" + most + "</a>";
     for (const std::string& text :
-         {most, times(100, "<a/>"), times(40, "<a x='/>'></a>"), times(40, "<a x=\"<b><c>\"/>"),
-          times(40, "<!-- x -->"), times(40, "<?y?></stray>"),
-          times(300, "<!-- <a> -->") + times(40, "<![CDATA[<a><a>]]>"),
+         {most, Repeat(100, "<a/>"), Repeat(40, "<a x='/>'></a>"), Repeat(40, "<a x=\"<b><c>\"/>"),
+          Repeat(40, "<!-- x -->"), Repeat(40, "<?y?></stray>"),
+          Repeat(300, "<!-- <a> -->") + Repeat(40, "<![CDATA[<a><a>]]>"),
           "<?xml version=\"1.0\" encoding='x'?>" + most + most})
         EXPECT_TRUE(IsShallowXml(text.c_str())) << text;
     for (const std::string& text :
-         {deep, most.substr(0, 48) + "<a/>" + most.substr(48), times(129, "<a/>"),
-          "<!-- ' -->" + deep, "<r><![CDATA[ \" ]]>" + most + "</r>", times(22, "</a>") + deep,
+         {deep, most.substr(0, 48) + "<a/>" + most.substr(48), Repeat(129, "<a/>"),
+          "<!-- ' -->" + deep, "<r><![CDATA[ \" ]]>" + most + "</r>", Repeat(22, "</a>") + deep,
           "<!DOCTYPE a '>" + deep, "<2 '>" + deep,
           // A reader that takes one of these for a comment, or for an open quote, misses what is
           // nested.
           "<?xml version=\"><!--\"?>" + deep + "-->",
           "<?xml x\" version=\"?><!--\"?>" + deep + "-->", "<?xml x='?>" + deep + "'?>"})
         EXPECT_FALSE(IsShallowXml(text.c_str())) << text;
-}
-
-TEST(ControlMessage, WritesParseBackToTheSameText) {
-    std::string value;
-    for (int byte = 1; byte < 256; ++byte)
-        value += static_cast<char>(byte);
-    SetMessage message;
-    message.Open("e").Number("n", 4294967295u).Text("t", value.c_str()).Close("/>");
-    TiXmlDocument doc;
-    doc.Parse(message.Finish().c_str());
-    ASSERT_FALSE(doc.Error()) << doc.ErrorDesc();
-    const TiXmlElement* element = doc.RootElement()->FirstChildElement("e");
-    EXPECT_EQ(*element->Attribute(std::string("t")), value);
-    EXPECT_STREQ(element->Attribute("n"), "4294967295");
 }
