@@ -36,7 +36,7 @@ async function ask(vehicle, path, form) {
   return answer;
 }
 
-test("the description is sound OpenAPI, its examples too", async () => {
+test("docs/openapi.yaml is sound, its examples too", async () => {
   const rules = { "no-server-example.com": "off" };
   const problems = await lint({
     ref,
@@ -45,7 +45,7 @@ test("the description is sound OpenAPI, its examples too", async () => {
   for (const { message, location } of problems) assert.fail(`${location[0].pointer}: ${message}`);
 });
 
-test("it has the daemon's paths and the page's fields, no others, and a silent recorder's answers too", async () => {
+test("docs/openapi.yaml: the paths of Routes.inc, the fields of schema.js, a silent recorder's answers", async () => {
   const routes = readFileSync("CBB/WebCtrl/Handlers/Routes.inc", "utf8").match(/(?<=^ROUTE\()\w+/gm);
   assert.deepEqual(Object.keys(paths).sort(), routes.map((name) => `/${name}`).sort());
   const described = writes.flatMap((path) => fieldsOf(path).map((name) => path + name));
