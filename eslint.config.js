@@ -102,7 +102,7 @@ export default [
     },
   },
   {
-    files: ["**/tests/browser/*.js", "**/tests/fleet/*.js", "**/tools/fleet/*.js", "**/bench/*.js"],
+    files: ["**/tests/browser/*.js", "**/tests/fleet/*.js", "**/tools/**/*.js", "**/bench/*.js"],
     languageOptions: { globals: globals([...node, ...browser]) },
     rules,
   },

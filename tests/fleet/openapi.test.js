@@ -3,8 +3,6 @@
 
 import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
-import net from "node:net";
-import { text } from "node:stream/consumers";
 import { after, before, test } from "node:test";
 import { bundle, createConfig, lint } from "@redocly/openapi-core";
 import Ajv from "ajv/dist/2020.js";
@@ -84,26 +82,9 @@ test("every field of a form arrives, and what is left out is its default", () =>
     }),
   ));
 
-test("every refusal that can be had is described, with its text", async () => {
-  const requests = {
-    400: "GET /get_LangInfo HTTP/1.1\r\nContent-Length: x",
-    403: "GET /get_LangInfo HTTP/1.1\r\nOrigin: http://elsewhere.example",
-    405: "HEAD /set_LangInfo HTTP/1.1",
-    413: "GET /get_LangInfo HTTP/1.1\r\nContent-Length: 70000",
-    431: `GET /get_LangInfo HTTP/1.1${"\r\nA: b".repeat(150)}`,
-    501: "GET /get_LangInfo HTTP/1.1\r\nTransfer-Encoding: gzip",
-    505: "GET /get_LangInfo HTTP/1.7",
-  };
-  for (const [status, request] of Object.entries(requests)) {
-    const socket = net.connect(80, depot.hosts[0]);
-    socket.write(`${request}\r\nHost: recorder\r\nConnection: close\r\n\r\n`);
-    assert.match(
-      await text(socket),
-      RegExp(`^HTTP/1.1 ${status} .*\r\n\r\n${status === "405" ? "$" : "."}`, "s"),
-    );
-  }
+test("docs/api.md and it tell the same statuses of a refusal", () => {
   const { Refused, Overloaded } = components.responses;
-  const described = (Refused.description + Overloaded.description).match(/(?<=^\| )\d+/gm);
-  const notHere = ["401", "429", "503"]; // need a login, wrong ones, and a crowd
-  assert.deepEqual(described.sort(), [...Object.keys(requests), ...notHere].sort());
+  const codes = (text) => text.match(/(?<=^\| )[45]\d\d/gm).sort();
+  const told = readFileSync("docs/api.md", "utf8").replace(/^\| 404/gm, ""); // a file's alone
+  assert.deepEqual(codes(Refused.description + Overloaded.description), codes(told));
 });

@@ -11,10 +11,6 @@
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
-#include <unistd.h>
-
-#include "tests/support/Capture.h"
-#include "tests/support/Sandbox.h"
 
 namespace fs = std::filesystem;
 

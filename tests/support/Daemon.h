@@ -1,12 +1,20 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #pragma once
 
-// The real daemon, in a private network, from a folder of its own.
+// The real daemon, in a private network, from a folder of its own; and what goes with it.
 
+#include <atomic>
+#include <chrono>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <sys/types.h>
+#include <thread>
+#include <unistd.h>
+
+#include "tests/support/Capture.h"
+#include "tests/support/HttpClient.h"
+#include "tests/support/Recorder.h"
+#include "tests/support/Sandbox.h"
 
 class Daemon {
 public:

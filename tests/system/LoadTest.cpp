@@ -4,18 +4,13 @@
 //
 // WEBCTRL_LOAD_REQUESTS says how many requests; the full test has 100000.
 
-#include <atomic>
 #include <climits>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <iterator>
 #include <mutex>
 #include <set>
-#include <thread>
 
 #include "tests/support/Daemon.h"
-#include "tests/support/HttpClient.h"
-#include "tests/support/Recorder.h"
 
 namespace {
 

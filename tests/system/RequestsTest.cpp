@@ -35,17 +35,13 @@
 // sent twice: whole and, when it is short, byte by byte.
 
 #include <algorithm>
-#include <chrono>
 #include <csignal>
 #include <ctime>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <regex>
 #include <sys/stat.h>
 
 #include "tests/support/Daemon.h"
-#include "tests/support/HttpClient.h"
-#include "tests/support/Recorder.h"
 
 namespace {
 

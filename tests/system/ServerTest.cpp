@@ -1,19 +1,10 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // What takes more than a request and its answer: many clients, limits, time, TLS.
 
-#include <atomic>
-#include <gtest/gtest.h>
-#include <memory>
 #include <sys/resource.h>
-#include <thread>
-#include <unistd.h>
 #include <utility>
 
-#include "tests/support/Capture.h"
 #include "tests/support/Daemon.h"
-#include "tests/support/HttpClient.h"
-#include "tests/support/Recorder.h"
-#include "tests/support/Sandbox.h"
 
 namespace {
 

@@ -64,8 +64,6 @@ TEST(FieldConvert, Fields) {
            {{"ucFD_GpsMode='7' strFD_DeviceNo='1234'", "7 => -1"},
             {"strFD_DeviceNo='1234567890123' ucFD_GpsMode='8'", "7 => -1"},
             {"strFD_DeviceNo='12345' ucFD_GpsMode='9'", "9"}});
-    Expect(&Task::Import_stSystemInfo, "DeviceNo", FIELD(stSystemInfo.DeviceNo),
-           {{"1234", "1234"}});
     Expect(&Task::Import_stSystemInfo, "ATI", FIELD(stSystemInfo.ATI),
            {{"M" + lf + "Revision: X1" + lf + "I: 2" + lf + "OK", " X1"},
             {"no such label", ""},

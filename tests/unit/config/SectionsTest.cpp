@@ -27,8 +27,7 @@ static std::vector<Section> ReadSections() {
 }
 
 // Imports into a record full of `pattern`, in which the three power flags are set: those an import
-// keeps. Afterwards it must hold `bytes` at `offset`, and nothing
-// else may have changed.
+// keeps. Afterwards it must hold `bytes` at `offset`, and nothing else may have changed.
 static void ExpectImport(Import import, const std::string& xml, int result, unsigned char pattern,
                          const std::string& bytes = "", size_t offset = 0) {
     const Element element(xml);

@@ -48,18 +48,6 @@ TEST(Clock, IsNotMovedBySettingTheTimeOfDay) {
     EXPECT_EQ(0, SemDestroy(semaphore));
 }
 
-TEST(Clock, SeesAnotherZoneInTheNextSecond) {
-    tm local;
-    const time_t start = time(nullptr);
-    for (const char* const zone : {"UTC0", "<+08>-8"}) {
-        setenv("TZ", zone, 1);
-        LocalTime(0, &local);
-    }
-    while (time(nullptr) == start)
-        SleepMs(10);
-    EXPECT_EQ(8, LocalTime(0, &local)->tm_hour);
-}
-
 TEST(Clock, ASignalShortensNoSleep) {
     static std::atomic<int> alarms;
     signal(SIGALRM, [](int) { ++alarms; });

@@ -48,6 +48,10 @@ TEST(TimeFun, LocalTimesThereAndBack) {
         TimeUnixToHuman(t, &human);
         EXPECT_EQ(t + later, TimeHumanToUnix(human)) << zone << ' ' << text;
     }
+    setenv("TZ", "<+08>-8", 1);
+    for (const time_t now = time(nullptr); now == time(nullptr);)
+        usleep(10000); // the zone is looked at once a second
+    EXPECT_STREQ("1970-01-01 08:00:00", FormatTimeText(0, nullptr));
     TIME_S human;
     EXPECT_EQ("Invalid UTC time,do not set time before 1970-1-1 00:00:00.",
               Capture([&human] { TimeUnixToHuman(-1, &human); }).out);

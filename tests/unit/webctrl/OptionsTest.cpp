@@ -23,6 +23,7 @@ static std::string Read(const std::string& line) {
            child.out.substr(0, child.out.find('\n')) + child.err;
 }
 
+// More are refused in command.txt of the system tests.
 TEST(Options, AreTakenOrRefused) {
     const std::string root(127, 'r'), path = "--web-root takes a path of 1 to 127 bytes";
     const std::string recorder = "--recorder takes IP:PORT, such as 127.0.0.1:6000, not ";
@@ -34,30 +35,19 @@ TEST(Options, AreTakenOrRefused) {
         {"--tls-cert c --tls-key k --web-root " + root,
          "443 127.0.0.1:6000 [" + root + "] [] [c] [k]"},
         {"--tls-cert c --tls-key k --port 65535", "65535 127.0.0.1:6000 [] [] [c] [k]"},
-        {"--help --frob", "Usage: webctrl [OPTION]..."},
-        {"--version", "webctrl 1.0.0"},
     };
     for (const auto& [line, read] : cases)
         EXPECT_EQ(Read(line), "0 " + read);
     const std::pair<std::string, std::string> refused[] = {
-        {"--port 0", port + "'0'"},
         {"--port 65536", port + "'65536'"},
         {"--port 80x", port + "'80x'"},
         {"--port", "--port needs a value"},
-        {"--recorder host:6000", recorder + "'host:6000'"},
         {"--recorder 127.0.0.1", recorder + "'127.0.0.1'"},
         {"--recorder 127.0.0.1:0", recorder + "'127.0.0.1:0'"},
-        {"--web-root=", path},
         {"--web-root " + root + "r", path},
         {"--web-root a,b", "--web-root cannot take a path with ',' or '=': 'a,b'"},
         {"--allow-host a_b", "--allow-host takes a domain name, not 'a_b'"},
-        {"--allow-host=", "--allow-host takes a domain name, not ''"},
         {"--login=", "--login takes the path of a file"},
-        {"--tls-cert=", "--tls-cert takes the path of a file"},
-        {"--tls-key x", "--tls-cert and --tls-key belong together"},
-        {"--frob", "unknown option '--frob'"},
-        {"--mask-secrets=x", "unknown option '--mask-secrets=x'"},
-        {"frob", "unexpected 'frob'"},
     };
     for (const auto& [line, reason] : refused)
         EXPECT_EQ(Read(line), "2 webctrl: " + reason + "; try --help\n");
