@@ -38,7 +38,6 @@
 #include <csignal>
 #include <ctime>
 #include <fstream>
-#include <regex>
 #include <sys/stat.h>
 
 #include "tests/support/Daemon.h"
@@ -159,12 +158,15 @@ private:
         EXPECT_EQ(status + " " + Cut(daemon.Output(), "\n").first, result);
     }
     std::string Expand(std::string text) const {
-        static const std::regex kMark(R"(\{folder\}|\{(\d+)\*([^}]*)\})");
-        for (std::smatch mark; std::regex_search(text, mark, kMark);) {
-            std::string value = mark[1].matched ? "" : Folder();
-            for (int count = mark[1].matched ? std::stoi(mark[1]) : 0; count > 0; --count)
-                value += mark[2];
-            text = mark.prefix().str() + value + mark.suffix().str();
+        ReplaceAll(text, "{folder}", Folder());
+        for (size_t at = 0; (at = text.find('{', at)) != std::string::npos; ++at) {
+            const auto [times, rest] = Cut(text.substr(at + 1), "*");
+            if (times.empty() || times.find_first_not_of("0123456789") != std::string::npos)
+                continue;
+            std::string value;
+            for (int count = std::stoi(times); count > 0; --count)
+                value += Cut(rest, "}").first;
+            text.replace(at, text.find('}', at) + 1 - at, value);
         }
         return text;
     }

@@ -9,13 +9,13 @@
 
 // With every importer in one form.
 struct Task : CConfig_Task {
-    template <int block, bool skipPhone>
+    template <int Block, bool SkipPhone>
     int Vehicle(const TiXmlElement* section, DeviceParaRecord* record) {
-        return Import_VehicleInfo(section, record, block, skipPhone);
+        return Import_VehicleInfo(section, record, Block, SkipPhone);
     }
-    template <int block>
+    template <int Block>
     int Cms(const TiXmlElement* section, DeviceParaRecord* record) {
-        return Import_stCMS(section, record, block);
+        return Import_stCMS(section, record, Block);
     }
 };
 using Import = int (Task::*)(const TiXmlElement*, DeviceParaRecord*);

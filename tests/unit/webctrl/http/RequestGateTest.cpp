@@ -24,25 +24,25 @@ static std::string Say(const std::string& received) {
            (frame.bytes < text.size() ? " more" : "") + (frame.isHead ? " head" : "");
 }
 
-static const std::string get = "GET / HTTP/1.1\r\n", post = "POST /a HTTP/1.1\r\n";
-static const std::string chunked = post + "Transfer-Encoding: chunked\r\n\r\n";
+static const std::string kGet = "GET / HTTP/1.1\r\n", kPost = "POST /a HTTP/1.1\r\n";
+static const std::string kChunked = kPost + "Transfer-Encoding: chunked\r\n\r\n";
 
 TEST(RequestGate, ReadsARequestInOneWay) {
     const std::pair<std::string, const char*> cases[] = {
         {"\r\n\nGET /a?b=c HTTP/1.1\nHost: h\n\nX", "GET /a?b=c [] more"},
         {"HEAD / HTTP/1.0\r\n\r\n", "HEAD /? [] closes head"},
-        {get + "Connection: keep-alive ,\tClose\r\n\r\n", "GET /? [] closes"},
-        {get + "Connection: closed\r\nA:\tb\tc \r\n\r\n", "GET /? []"},
+        {kGet + "Connection: keep-alive ,\tClose\r\n\r\n", "GET /? [] closes"},
+        {kGet + "Connection: closed\r\nA:\tb\tc \r\n\r\n", "GET /? []"},
         {"OPTIONS * HTTP/1.1\r\n\r\n", "OPTIONS *? []"},
         {"GET /?%00 HTTP/1.1\r\n\r\n", "GET /?%00 []"},
         {"GET http://h/a?b HTTP/1.1\r\nHost: H\r\n\r\n", "GET /a?b []"},
         {"GET http://h HTTP/1.1\r\n\r\n", "GET /? []"},
-        {get + Repeat(100, "X: y\r\n") + "\r\n", "GET /? []"},
-        {get + "A: " + std::string(kMaxHeadBytes - 23, 'x') + "\r\n\r\n", "GET /? []"},
-        {post + "Content-Length: 2\r\n\r\nabc", "POST /a? [ab] more"},
-        {post + "content-length: 01\r\nContent-Length: 1\r\n\r\na", "POST /a? [a]"},
-        {post + "Expect: 100-Continue\r\nContent-Length: 2\r\n\r\n", "wait, continue"},
-        {chunked + "1\r\na\r\n0A;b=\"c\"\r\n0123456789\r\n0\r\nT: u\r\n\r\nX",
+        {kGet + Repeat(100, "X: y\r\n") + "\r\n", "GET /? []"},
+        {kGet + "A: " + std::string(kMaxHeadBytes - 23, 'x') + "\r\n\r\n", "GET /? []"},
+        {kPost + "Content-Length: 2\r\n\r\nabc", "POST /a? [ab] more"},
+        {kPost + "content-length: 01\r\nContent-Length: 1\r\n\r\na", "POST /a? [a]"},
+        {kPost + "Expect: 100-Continue\r\nContent-Length: 2\r\n\r\n", "wait, continue"},
+        {kChunked + "1\r\na\r\n0A;b=\"c\"\r\n0123456789\r\n0\r\nT: u\r\n\r\nX",
          "POST /a? [a0123456789] more"},
     };
     for (const auto& [text, said] : cases)
@@ -64,20 +64,20 @@ TEST(RequestGate, RefusesWhatCouldBeReadOtherwise) {
                "POST /a HTTP/1.0\r\nTransfer-Encoding: chunked"});
     ExpectAll("400", "\x16\x03\x01", {""}, ""); // a TLS client
     ExpectAll("505", "", {"GET / HTTP/1.2", "PRI * HTTP/2.0\r\n\r\nSM"});
-    ExpectAll("400", get,
+    ExpectAll("400", kGet,
               {"A", ": b", "A : b", "A: b\r\n c", "A: b\rC: d", "Host: a\r\nHost: a",
                std::string("A: \0", 4),
                "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked"});
-    ExpectAll("431", get, {Repeat(101, "X: y\r\n"), "A: " + std::string(kMaxHeadBytes - 22, 'x')});
-    ExpectAll("431", get, {"A: " + std::string(kMaxHeadBytes, 'x')}, "");
-    ExpectAll("400", post + "Content-Length:",
+    ExpectAll("431", kGet, {Repeat(101, "X: y\r\n"), "A: " + std::string(kMaxHeadBytes - 22, 'x')});
+    ExpectAll("431", kGet, {"A: " + std::string(kMaxHeadBytes, 'x')}, "");
+    ExpectAll("400", kPost + "Content-Length:",
               {" 1\r\nContent-Length: 2", " 1, 1", " +1", "", " 18446744073709551616",
                " 1\r\nTransfer-Encoding: chunked"});
-    ExpectAll("413", post + "Content-Length:", {" 18446744073709551615", " 65536"});
-    ExpectAll("501", post, {"Transfer-Encoding: gzip, chunked"});
+    ExpectAll("413", kPost + "Content-Length:", {" 18446744073709551615", " 65536"});
+    ExpectAll("501", kPost, {"Transfer-Encoding: gzip, chunked"});
     ExpectAll(
-        "400", chunked,
+        "400", kChunked,
         {"1\n", "1\r\nab", "1\r\na\rb", "x\r\n", "1 b\r\n", "000000001\r\na", "0\r\nT\x01\r\n\r\n"},
         "");
-    ExpectAll("413", chunked, {"10000\r\n"}, "");
+    ExpectAll("413", kChunked, {"10000\r\n"}, "");
 }
