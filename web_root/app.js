@@ -290,7 +290,7 @@ function drawBanner() {
   if (key === bannerKey) return;
   bannerKey = key;
   const banner = byId("banner");
-  if (stranger) askAboutStranger(banner, count);
+  if (stranger) askAboutStranger(banner, count).catch(() => (bannerKey = ""));
   else banner.replaceChildren(...(texts ? [icon("warn"), h("span", {}, texts.join(tr("", " ")))] : []));
 }
 
@@ -299,14 +299,14 @@ function drawBanner() {
 async function refreshStatus() {
   const { answer } = await readStatus(request);
   if (!answer) return;
-  const first = !hasStatus();
   showStatus(answer);
   const identity = identityOf(answer);
   if (recorder.imei) meet(identity);
   // The number too: of one whose IMEI is not compared yet, and of another one.
   if (stranger ? !stranger.number : identity.imei && !recorder.imei) await confirmRecorder();
   drawHead();
-  if (first) prepare();
+  // What fails for want of a link is tried again behind the next values.
+  prepared ??= prepare().catch(() => (prepared = null));
 }
 
 async function watchStatus() {
@@ -316,6 +316,8 @@ async function watchStatus() {
     await pause(link === "ok" ? REFRESH_MS : RETRY_MS);
   }
 }
+
+let prepared = null;
 
 /** After the first values: who it is, the words for codes, and the forms, before they are asked for. */
 async function prepare() {

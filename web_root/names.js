@@ -83,4 +83,4 @@ export const loadNames = () =>
       applyNames(good);
       return good.status;
     })
-    .catch(() => ({})));
+    .catch(() => ((loading = null), {})));
