@@ -18,7 +18,7 @@ constexpr std::string_view kHeaders = "X-Frame-Options: DENY\r\n"
                                       "Referrer-Policy: same-origin\r\n";
 
 // Puts the headers behind the status line of the answer that begins at `at`. The library would
-// print them byte by byte, at a tenth of a file's whole cost.
+// print them byte by byte, which takes a busy server a twentieth of its time for a small file.
 void AddHeaders(mg_connection* connection, size_t at) {
     mg_iobuf& out = connection->send;
     const std::string_view answer(reinterpret_cast<const char*>(out.buf) + at, out.len - at);
