@@ -57,7 +57,7 @@ TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {
     recorder.Receive();
     HttpClient newcomers[10], client;
     client.Send(Request("/page.html"));
-    EXPECT_FALSE(recorder.HasMore(50)); // long enough for others to come before the next exchange
+    EXPECT_FALSE(recorder.HasMore(500)); // long enough for others to come before the next exchange
     recorder.Reply(kReply);
     EXPECT_TRUE(client.Read().body ==
                 kPage); // the next one waits for its reply, and fails behind it

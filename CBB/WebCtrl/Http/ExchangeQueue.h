@@ -15,7 +15,9 @@ public:
     using ConnectionId = unsigned long;
 
     // Whether a request may be answered at once: no request waits, and no other client is due.
-    bool IsFree(uint64_t nowMs) const { return m_waiting.empty() && nowMs >= m_othersUntilMs; }
+    bool IsFree(uint64_t nowMs) const {
+        return m_waiting.empty() && m_othersTurns <= 0 && nowMs >= m_othersUntilMs;
+    }
     // Call it after each exchange that Serve did not make.
     void Made(uint64_t startMs, uint64_t endMs);
 
@@ -37,4 +39,5 @@ public:
 private:
     std::list<ConnectionId> m_waiting;
     uint64_t m_othersUntilMs = 0;
+    int m_othersTurns = 0; // that the others have at least, however long they take
 };
