@@ -70,7 +70,7 @@ int PrintRouteTable() {
 }
 
 uint32_t GetDstAddrRouteIfAddr(uint32_t dst) {
-    RouteTable table(ReadRouteTable());
+    const RouteTable table(ReadRouteTable());
     if (!table) {
         fputs(kNoTable, stderr);
         return INADDR_NONE;
@@ -89,7 +89,6 @@ uint32_t GetDstAddrRouteIfAddr(uint32_t dst) {
             PrintIfName(1144, name);
         }
     }
-    table.reset();
     PrintIfName(1150, name);
     uint32_t addr = 0;
     return name[0] != '\0' && GetIfAddr(name, &addr) == 0 ? addr : 0;

@@ -99,7 +99,6 @@ Options ReadOptions(int argc, char** argv) {
         {},
     };
     Options options;
-    options.port = 0;
     opterr = 0;
     for (int found; (found = getopt_long(argc, argv, "+:", known, nullptr)) != -1;) {
         switch (found) {

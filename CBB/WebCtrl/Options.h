@@ -7,7 +7,7 @@
 
 // What the command line asks for. The defaults are those of a daemon without options.
 struct Options {
-    uint16_t port = 80; // 443 where a certificate is given
+    uint16_t port = 0; // ReadOptions makes it 80, or 443 where a certificate is given
     std::string recorderIp = "127.0.0.1";
     uint16_t recorderPort = 6000;
     std::string webRoot; // empty: beside the executable

@@ -38,7 +38,7 @@ TEST(RequestGate, ReadsARequestInOneWay) {
         {"GET http://h/a?b HTTP/1.1\r\nHost: H\r\n\r\n", "GET /a?b []"},
         {"GET http://h HTTP/1.1\r\n\r\n", "GET /? []"},
         {kGet + Repeat(100, "X: y\r\n") + "\r\n", "GET /? []"},
-        {kGet + "A: " + std::string(kMaxHeadBytes - 23, 'x') + "\r\n\r\n", "GET /? []"},
+        {kGet + "A: " + std::string(16384 - 23, 'x') + "\r\n\r\n", "GET /? []"},
         {kPost + "Content-Length: 2\r\n\r\nabc", "POST /a? [ab] more"},
         {kPost + "content-length: 01\r\nContent-Length: 1\r\n\r\na", "POST /a? [a]"},
         {kPost + "Expect: 100-Continue\r\nContent-Length: 2\r\n\r\n", "wait, continue"},
@@ -68,8 +68,8 @@ TEST(RequestGate, RefusesWhatCouldBeReadOtherwise) {
               {"A", ": b", "A : b", "A: b\r\n c", "A: b\rC: d", "Host: a\r\nHost: a",
                std::string("A: \0", 4),
                "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked"});
-    ExpectAll("431", kGet, {Repeat(101, "X: y\r\n"), "A: " + std::string(kMaxHeadBytes - 22, 'x')});
-    ExpectAll("431", kGet, {"A: " + std::string(kMaxHeadBytes, 'x')}, "");
+    ExpectAll("431", kGet, {Repeat(101, "X: y\r\n"), "A: " + std::string(16384 - 22, 'x')});
+    ExpectAll("431", kGet, {"A: " + std::string(16384, 'x')}, "");
     ExpectAll("400", kPost + "Content-Length:",
               {" 1\r\nContent-Length: 2", " 1, 1", " +1", "", " 18446744073709551616",
                " 1\r\nTransfer-Encoding: chunked"});
