@@ -217,13 +217,15 @@ bool HttpServer::MakeRoom(mg_connection* listener) {
 
 // The listener is last in the library's list, so its POLL ends a turn.
 void HttpServer::OnListenerTurn(mg_connection* listener) {
-    const bool served = std::exchange(m_served, false);
     m_handshake = std::exchange(m_nextHandshake, ULONG_MAX);
     m_isCrowded = (listener->is_readable || m_isCrowded) && !MakeRoom(listener);
     listener->is_full = m_isCrowded;
     if (m_isCrowded)
         listener->is_readable = 0;
-    GiveMemoryBack(!served && !m_queue.IsWaitedFor() && !listener->is_readable);
+    // A client that is about to be accepted counts as served: so its request is read before the
+    // next exchange.
+    const bool served = std::exchange(m_served, false) || listener->is_readable;
+    GiveMemoryBack(!served && !m_queue.IsWaitedFor());
     if (LoginHashEnded(m_clock()))
         TakeLoggingIn();
     m_queue.Serve(served, [this](unsigned long id) { AnswerWaiting(id); }, m_clock);
