@@ -19,7 +19,7 @@ TEST(BufPool, WrapsAndTakesOnlyWhatFits) {
     // Both positions are 1: nine bytes more end exactly at the storage's end.
     EXPECT_EQ(9U, pool.Write("123456789", 9));
     EXPECT_EQ(1U, pool.Write("0", 9));
-    EXPECT_EQ(10U, pool.Read(out, 10));
+    EXPECT_EQ(10U, pool.Peek(out, 10));
     EXPECT_STREQ("1234567890", out);
     EXPECT_EQ(40U, pool.Init(40) + pool.FreeSpace());
 }

@@ -48,6 +48,16 @@ TEST(Clock, IsNotMovedBySettingTheTimeOfDay) {
     EXPECT_EQ(0, SemDestroy(semaphore));
 }
 
+TEST(Clock, AStopwatchPrintsWhatHasPassed) {
+    g_step = 3600;
+    StopwatchStart();
+    StopwatchStop();
+    std::tie(g_stStopwatch.start.tv_usec, g_stStopwatch.end.tv_usec) = std::pair(3000, 1999);
+    EXPECT_EQ(Capture(StopwatchPrint).out, "DEBUG::run time duration : 3599s+998ms\n");
+    std::swap(g_stStopwatch.start, g_stStopwatch.end);
+    EXPECT_EQ(Capture(StopwatchPrint).out, "DEBUG::time error.\n");
+}
+
 TEST(Clock, ASignalShortensNoSleep) {
     static std::atomic<int> alarms;
     signal(SIGALRM, [](int) { ++alarms; });

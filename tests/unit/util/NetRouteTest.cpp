@@ -55,14 +55,18 @@ TEST_F(NetRoute, TheTableCannotBeRead) {
 
 TEST(RouteEntry, IsChecked) {
     const auto build = [](const char* dst, const char* mask, const char* gateway, int host = 0) {
-        rtentry route;
-        return BuildRoute(dst, Ip(mask), gateway, static_cast<uint16_t>(RTF_UP | host), &route);
+        return Told([=, route = rtentry()]() mutable {
+            return BuildRoute(dst, Ip(mask), gateway, static_cast<uint16_t>(RTF_UP | host), &route);
+        });
     };
-    EXPECT_TRUE(build("10.1.0.0", "255.255.0.0", "10.0.0.1"));
-    EXPECT_FALSE(build("x", "0.0.0.0", "10.0.0.1"));
-    EXPECT_FALSE(build("default", "0.0.0.0", "x"));
-    EXPECT_FALSE(build("default", "0.0.0.0", "default"));
-    EXPECT_FALSE(build("10.1.0.1", "255.255.0.0", "10.0.0.1", RTF_HOST));
-    EXPECT_FALSE(build("10.1.0.0", "255.0.255.0", "10.0.0.1"));
-    EXPECT_FALSE(build("10.1.0.1", "255.255.0.0", "10.0.0.1"));
+    const std::string bad = "0 SetRoute failed, resolving ", set = "0 SetRoute, ";
+    EXPECT_EQ(build("10.1.0.0", "255.255.0.0", "10.0.0.1"), "1 ");
+    EXPECT_EQ(build("x", "0.0.0.0", "10.0.0.1"), bad + "default");
+    EXPECT_EQ(build("default", "0.0.0.0", "x"), bad + "x\n");
+    EXPECT_EQ(build("default", "0.0.0.0", "default"), "0 error");
+    EXPECT_EQ(build("10.1.0.1", "255.255.0.0", "10.0.0.1", RTF_HOST),
+              set + "netmask ffff0000 and host route conflict\n");
+    EXPECT_EQ(build("10.1.0.0", "255.0.255.0", "10.0.0.1"), set + "bogus netmask ff00ff00");
+    EXPECT_EQ(build("10.1.0.1", "255.255.0.0", "10.0.0.1"),
+              set + "netmask and route address conflict");
 }
