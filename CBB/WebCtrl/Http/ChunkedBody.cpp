@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Http/ChunkedBody.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 
 namespace {
 
-constexpr size_t kMaxSizeDigits = 8; // a request is far smaller
+constexpr size_t kMaxSizeDigits = 8;
+// More than is ever received. A larger size counts as this one, which can be added to in 32 bits.
+constexpr size_t kTooLarge = 1 << 28;
 
 bool IsControl(char byte) {
     return (static_cast<unsigned char>(byte) < 0x20 && byte != '\t') || byte == 0x7F;
@@ -50,6 +53,7 @@ ChunkedBody Walk(std::string_view received, Take take) {
         }
         if (size == 0)
             break;
+        size = std::min(size, kTooLarge);
         body.dataBytes += size;
         const size_t left = received.size() - at;
         if (left < size + 2) {

@@ -86,12 +86,11 @@ struct Framing {
 };
 
 Finding ReadLength(std::string_view value, Framing& framing) {
-    size_t length = 0;
     uint64_t number = 0;
     const auto [end, error] = std::from_chars(value.begin(), value.end(), number);
     if (value.empty() || error != std::errc() || end != value.end())
         return kBadLength;
-    length = static_cast<size_t>(std::min<uint64_t>(number, kMaxRequestBytes + 1));
+    const auto length = static_cast<size_t>(std::min<uint64_t>(number, kMaxRequestBytes + 1));
     if (framing.length.value_or(length) != length)
         return kTwoLengths;
     framing.length = length;
@@ -144,7 +143,7 @@ constexpr FramingHeader kFramingHeaders[] = {
 Finding ReadHeader(std::string_view line, mg_http_header& header, Framing& framing) {
     const size_t colon = line.find(':');
     if (colon == std::string_view::npos || !IsToken(line.substr(0, colon)))
-        return kBadHeader; // so does a folded line: it begins with a space
+        return kBadHeader; // a folded line is one too: it begins with a space
     const std::string_view name = line.substr(0, colon);
     const std::string_view value = Trim(line.substr(colon + 1));
     if (!IsPlainText(value) && std::any_of(value.begin(), value.end(), [](char byte) {
@@ -161,13 +160,15 @@ Finding ReadHeader(std::string_view line, mg_http_header& header, Framing& frami
 
 // A target in absolute form is cut to its path; `authority` is what it names.
 std::string_view PathOf(std::string_view target, std::string_view& authority) {
-    constexpr std::string_view kScheme = "http://";
-    if (!Same(target.substr(0, kScheme.size()), kScheme))
-        return target;
-    target.remove_prefix(kScheme.size());
-    const size_t slash = std::min(target.find_first_of("/?"), target.size());
-    authority = target.substr(0, slash);
-    return slash == target.size() ? std::string_view("/") : target.substr(slash);
+    for (const std::string_view scheme : {"http://", "https://"}) {
+        if (!Same(target.substr(0, scheme.size()), scheme))
+            continue;
+        target.remove_prefix(scheme.size());
+        const size_t slash = std::min(target.find_first_of("/?"), target.size());
+        authority = target.substr(0, slash);
+        return slash == target.size() ? std::string_view("/") : target.substr(slash);
+    }
+    return target;
 }
 
 Finding ReadRequestLine(std::string_view line, mg_http_message& message,
@@ -225,6 +226,7 @@ Finding ReadHead(std::string_view head, mg_http_message& message, Framing& frami
     }
     const bool old = mg_strcmp(message.proto, mg_str("HTTP/1.0")) == 0;
     framing.closes = framing.closes || old;
+    framing.wantsContinue = framing.wantsContinue && !old;
     if (!authority.empty() && framing.host && !Same(authority, *framing.host))
         return kTwoHosts;
     if (framing.chunked && framing.length)

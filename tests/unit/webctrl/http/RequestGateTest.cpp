@@ -36,11 +36,12 @@ TEST(RequestGate, ReadsARequestInOneWay) {
         {"OPTIONS * HTTP/1.1\r\n\r\n", "OPTIONS *? []"},
         {"GET /?%00 HTTP/1.1\r\n\r\n", "GET /?%00 []"},
         {"GET http://h/a?b HTTP/1.1\r\nHost: H\r\n\r\n", "GET /a?b []"},
-        {"GET http://h HTTP/1.1\r\n\r\n", "GET /? []"},
+        {"GET https://h HTTP/1.1\r\n\r\n", "GET /? []"},
         {kGet + Repeat(100, "X: y\r\n") + "\r\n", "GET /? []"},
         {kGet + "A: " + std::string(16384 - 23, 'x') + "\r\n\r\n", "GET /? []"},
         {kPost + "Content-Length: 2\r\n\r\nabc", "POST /a? [ab] more"},
         {kPost + "content-length: 01\r\nContent-Length: 1\r\n\r\na", "POST /a? [a]"},
+        {"POST / HTTP/1.0\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n", "wait"},
         {kPost + "Expect: 100-Continue\r\nContent-Length: 2\r\n\r\n", "wait, continue"},
         {kChunked + "1\r\na\r\n0A;b=\"c\"\r\n0123456789\r\n0\r\nT: u\r\n\r\nX",
          "POST /a? [a0123456789] more"},
@@ -79,5 +80,5 @@ TEST(RequestGate, RefusesWhatCouldBeReadOtherwise) {
         "400", kChunked,
         {"1\n", "1\r\nab", "1\r\na\rb", "x\r\n", "1 b\r\n", "000000001\r\na", "0\r\nT\x01\r\n\r\n"},
         "");
-    ExpectAll("413", kChunked, {"10000\r\n"}, "");
+    ExpectAll("413", kChunked, {"10000\r\n", "FFFFFFFE\r\n0\r\n\r\n", "FFFFFFFF\r\n"}, "");
 }
