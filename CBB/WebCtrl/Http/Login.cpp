@@ -98,8 +98,11 @@ Login::~Login() = default;
 
 Login::Answer Login::Ask(const Credentials& credentials, uint32_t address, uint64_t nowMs) {
     const Digest digest = DigestOf(credentials.text);
-    if (const Entry* entry = Accepted(digest))
+    if (const Entry* entry = Accepted(digest)) {
+        if (address == m_wrongAddress)
+            m_wrongInARow = 0;
         return entry->account.mayWrite ? Answer::Write : Answer::Read;
+    }
     if (m_hasRefused && m_refused == digest)
         return Answer::Refused;
     if (m_check != nullptr)

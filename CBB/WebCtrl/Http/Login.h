@@ -16,7 +16,11 @@ struct ThreadHandle;
 // The name and password of HTTP Basic (RFC 7617).
 struct Credentials {
     std::string text; // NAME:PASSWORD
-    std::string_view Name() const { return std::string_view(text).substr(0, text.find(':')); }
+    // Empty without a colon: the text is then no login, but may be a password.
+    std::string_view Name() const {
+        const size_t colon = text.find(':');
+        return {text.data(), colon == std::string::npos ? 0 : colon};
+    }
 };
 
 // Reads an Authorization header's value. False unless it is of this scheme and holds a name and a
@@ -29,7 +33,7 @@ bool ReadBasic(std::string_view header, Credentials* credentials);
 // A hash takes tens to hundreds of milliseconds, so that nobody can try many passwords. Trying must
 // not take the processor from other clients either: one hash is made at a time, and after a wrong
 // login the next one follows a second later, whoever asks. An address that was wrong three times in
-// a row waits two seconds, so that it cannot keep out who knows the password.
+// a row waits two seconds: in the second between, another one's login is hashed.
 //
 // All calls are made by one thread.
 class Login {

@@ -13,6 +13,7 @@ static std::string Read(const std::string& header) {
 TEST(Basic, ReadsNameAndPassword) {
     EXPECT_EQ(Read("bASIC  YTpwYXNz"), "a:pass");
     EXPECT_EQ(Read("Basic YTo="), "a:");
+    EXPECT_EQ(Credentials{"password"}.Name(), "");
     EXPECT_EQ(Read("Basic w6Q6cMOkc3M6Mg=="), "\xc3\xa4:p\xc3\xa4ss:2");
     EXPECT_NE(Read("Basic YTpw" + std::string(672, 'd')), "none");
     // "apass" has no colon, and "a:pass\0x" a control character.
@@ -58,12 +59,16 @@ TEST(Login, HashesOnceAndOneWrongOneASecond) {
         {"w:", 11000, 2, Answer::Refused, 9},
         {"w:", 12000, 3, Answer::Refused, 10}, // another one is not held up by that
         {"w:", 13000, 2, Answer::Refused, 11},
+        {"w:pass", 13500, 2, Answer::Write, 11}, // begins the row anew
+        {"w:", 14000, 2, Answer::Refused, 12},
+        {"w:", 15000, 2, Answer::Refused, 13},
+        {"w:", 16000, 2, Answer::Refused, 14},
     };
     for (const auto& [text, nowMs, address, answer, hashes] : cases) {
         EXPECT_EQ(steps.Ask(text, nowMs, address), answer) << text << " " << nowMs;
         EXPECT_EQ(steps.hashes, hashes) << text << " " << nowMs;
     }
-    EXPECT_EQ(steps.login.RetryAfter(2, 13000), 1);
+    EXPECT_EQ(steps.login.RetryAfter(2, 16000), 2);
 }
 
 TEST(Login, WaitsOnlyForItsOwnHash) {
