@@ -19,7 +19,8 @@ constexpr uint64_t kIdleMs = 30000;
 // refusal with it, so what comes is read and dropped for a moment.
 constexpr uint64_t kLingerMs = 1000;
 // With more than this unsent, no request of the connection is read or answered. The answer that
-// passes the limit is at most as long again, so that at most 64 KiB lie unsent.
+// passes the limit is at most as long again, so that at most 64 KiB lie unsent; with an include
+// page, 256 KiB more.
 constexpr size_t kMaxUnsentBytes = 32 * 1024;
 
 constexpr char kContinue[] = "HTTP/1.1 100 Continue\r\n\r\n";

@@ -14,9 +14,9 @@
 namespace {
 
 constexpr int kMaxIncludeDepth = 5;
-// What one page may cost: it holds up all clients, and a page that includes itself several times
-// would grow without end.
-constexpr size_t kMaxBytes = 1024 * 1024;
+// What one page may cost: it holds up all clients, lies in memory until its client has read it, and
+// would grow without end where it includes itself several times.
+constexpr size_t kMaxBytes = 256 * 1024;
 constexpr int kMaxTags = 1000;
 
 struct Setting {
