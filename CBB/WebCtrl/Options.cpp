@@ -100,7 +100,8 @@ Options ReadOptions(int argc, char** argv) {
     };
     Options options;
     opterr = 0;
-    for (int found; (found = getopt_long(argc, argv, "+:", known, nullptr)) != -1;) {
+    for (int found, at = 1; (found = getopt_long(argc, argv, "+:", known, nullptr)) != -1;
+         at = optind) {
         switch (found) {
         case 'p':
             options.port = ReadPort(optarg);
@@ -139,7 +140,7 @@ Options ReadOptions(int argc, char** argv) {
         case ':':
             Refuse("%s needs a value", argv[optind - 1]);
         default:
-            Refuse("unknown option '%s'", argv[optind - 1]);
+            Refuse("unknown option '%s'", argv[at]); // of a cluster, such as -p80, all of it
         }
     }
     if (optind < argc)
