@@ -14,7 +14,7 @@ struct Options {
     std::vector<std::string> allowedHosts;
     bool maskSecrets = false;
     std::string loginFile; // empty: whoever reaches the port may do all
-    std::string tlsCert;   // empty, as the key then is: plain HTTP
+    std::string tlsCert;   // empty: plain HTTP; the key is empty too
     std::string tlsKey;
 };
 

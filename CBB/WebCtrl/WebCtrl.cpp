@@ -62,7 +62,8 @@ int CWebCtrl::Start(const char* webRoot) {
         PrintLine("CWebCtrl::Start, is already started.\n");
         return 0;
     }
-    // The status is not looked at: loopback is up on most systems, and the first exchange shows it.
+    // The status is not looked at: loopback is up on most systems. Where it is not, the first
+    // exchange fails and prints so.
     [[maybe_unused]] const int status = system(ConsoleIsReady() ? kLoopbackUp : kLoopbackUpUnseen);
     m_bStarted = 1;
     if (webRoot != m_szWebRoot) // Restart passes our own field

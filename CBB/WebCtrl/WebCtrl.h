@@ -29,8 +29,8 @@ constexpr int kAttrValueCapacity = 512;
 
 // The service: owns the web thread and knows where the recorder's main application listens.
 //
-// One object lives as long as the process. Its fields are written before the web thread starts and
-// only read afterwards. The two atomic ones are written by both threads.
+// One object lives as long as the process. Its fields are written before the web thread starts, and
+// afterwards by that thread alone. The two atomic ones are written by both threads.
 class CWebCtrl {
 public:
     // The one object. The first call creates it; that call must come from the main thread, before
@@ -56,11 +56,12 @@ public:
     // that thread runs on. The arguments are ignored.
     virtual int Stop(long a = 0, long b = 0);
 
-    // Calls Stop, restores the address given to Init, waits 2 s and calls Start. Returns 0 whatever
-    // Start returned. Handlers call it on the web thread after an accepted write.
+    // Calls Stop, restores the IP address given to Init, waits 2 s and calls Start. Returns 0
+    // whatever Start returned. Handlers call it on the web thread after an accepted write.
     virtual int Restart(long a = 0, long b = 0);
 
-    // Sends later exchanges elsewhere, until the next Restart. Returns 0.
+    // Sends later exchanges elsewhere, and returns 0. The next Restart restores the address, not
+    // the port.
     int SetCtrlAddr(const char* ip, int port);
 
     // TCP port of the web front, host order, 80 by default. Set it before Start.

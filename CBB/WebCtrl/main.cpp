@@ -67,8 +67,8 @@ int main(int argc, char** argv) {
     OpenConsole();
     setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
 #ifdef __GLIBC__
-    // One thread does all the work, so one arena is enough. Only the main arena returns all of its
-    // free memory to the system.
+    // Nearly all the work is one thread's, so one arena is enough. Only the main arena returns all
+    // of its free memory to the system.
     mallopt(M_ARENA_MAX, 1);
 #endif
     const Options options = ReadOptions(argc, argv);

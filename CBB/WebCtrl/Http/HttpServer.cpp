@@ -25,9 +25,10 @@ namespace {
 constexpr int kPollMs = 1000;
 // The longest wait while a new client waits for room.
 constexpr int kCrowdedPollMs = 50;
-// The longest wait while a login's hash is being made, which takes some tens of them at least.
+// The longest wait while a login's hash is being made, which takes tens of milliseconds at least.
 constexpr int kHashingPollMs = 5;
-// At most so many requests of one connection, and exchanges, in one turn: others have theirs too.
+// At most so many requests of one connection, or one exchange, at one event: others have theirs
+// too.
 constexpr int kRequestsATurn = 16;
 // A browser opens six connections, so a page, a phone and a PC tool stay far below. A connection
 // costs up to 100 KiB while its client does not read the answers.

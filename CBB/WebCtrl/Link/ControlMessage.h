@@ -11,8 +11,8 @@ class TiXmlElement;
 // The texts of a control message: one XML document a datagram, rooted at `VariCfgSec`, whose first
 // attribute is `Action` and whose one child element is a parameter section.
 
-// Builds a `DEVICE_QUERY` text. The section is left unclosed, as the main application takes it;
-// `stVersion /`, with what closes it, gives a closed one.
+// Builds a `DEVICE_QUERY` text. The section is left unclosed, as the main application takes it:
+// `stDisplay` becomes `<stDisplay>`. For a closed one, `<stVersion />`, give `stVersion /`.
 std::string QueryText(std::string_view section);
 
 // Whether the XML parser, which recurses, may be given `text` on the web thread's small stack:
