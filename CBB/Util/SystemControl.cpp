@@ -69,8 +69,7 @@ int LastPidNamed(const char* name) {
 } // namespace
 
 int RunCommand(const char* command) {
-    struct sigaction standard = {};
-    standard.sa_handler = SIG_DFL;
+    const struct sigaction standard = {}; // SIG_DFL
     struct sigaction previous;
     sigaction(SIGCHLD, &standard, &previous);
     const int rc = g_stSystemCalls.runShell(command);

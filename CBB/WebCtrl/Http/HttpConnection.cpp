@@ -86,8 +86,7 @@ bool HttpConnection::NextRequest(mg_http_message& message) {
     case RequestFrame::Verdict::Wait:
         m_wantedBytes =
             frame.bytes > m_connection->recv.len ? frame.bytes : m_connection->recv.len + 1;
-        if (frame.wantsContinue && !m_continued) {
-            m_continued = true;
+        if (frame.wantsContinue) { // once, for then there is more to wait for
             mg_send(m_connection, kContinue, sizeof(kContinue) - 1);
             SendAtOnce();
         }
@@ -96,7 +95,6 @@ bool HttpConnection::NextRequest(mg_http_message& message) {
     m_requestBytes = frame.bytes;
     m_chunked = frame.chunked;
     m_last = frame.closes;
-    m_continued = false;
     m_wantedBytes = 1;
     m_connection->is_resp = 1;
     return true;

@@ -76,7 +76,6 @@ private:
     bool m_chunked = false;    // of the request being answered
     bool m_isHead = false;     // likewise
     bool m_last = false;       // no request after the one in progress is answered
-    bool m_continued = false;  // 100 Continue was sent for the request that is being received
     bool m_waits = false;      // for the answer to its request, which the server has put off
     bool m_inputEnded = false; // the client has closed its side
     bool m_drops = false;      // what still comes is read and dropped

@@ -60,7 +60,8 @@ TEST(Console, OpensWhatIsClosed) {
 TEST(Console, ABatchIsWrittenInBlocksAndAtItsEnd) {
     const auto print = [] {
         const ConsoleBatch batch;
-        ConsoleWrite(std::string(5000, 'x'));
+        ConsoleWrite(std::string(1000, 'x'));
+        ConsoleWrite(std::string(4000, 'x'));
         EXPECT_EQ(1, write(STDOUT_FILENO, "|", 1));
     };
     EXPECT_EQ(std::string(4096, 'x') + "|" + std::string(904, 'x'), Capture(print).out);

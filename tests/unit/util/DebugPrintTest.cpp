@@ -22,8 +22,9 @@ TEST(DebugPrint, ShowsFromTheMinimumLevel) {
 TEST(DebugPrint, IsCutAndCanBeSilenced) {
     const auto print = [] { DebugPrint(9, "%s", std::string(5000, 'x').c_str()); };
     EXPECT_EQ(std::string(1023, 'x'), Capture(print).out);
-    DebugSetLevel(4);
-    DebugSetLevel(5);
+    for (const int level : {4, 5, -1})
+        DebugSetLevel(level);
+    EXPECT_EQ(4, DebugGetLevel());
     DebugLessVerbose();
     EXPECT_EQ("Debug[5]-enable=1\n", Capture(DebugLessVerbose).out);
     EXPECT_EQ("", Capture(print).out);

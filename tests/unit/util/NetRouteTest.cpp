@@ -36,6 +36,7 @@ TEST_F(NetRoute, DefaultRoutesComeAndGo) {
                                 row + set + "2\n" + ok + "c. \nDelRoute, Get: ifName=wlan0,";
     EXPECT_EQ(Told([] { return DelRoute("eth0"); }).substr(0, deleted.size()), deleted);
     EXPECT_EQ(DefaultRoutes(3), "wlan0=10.0.0.1 ");
+    EXPECT_EQ(DelRoute(nullptr), -1);
     EXPECT_EQ(SetDefaultGateway("eth0", Ip("192.168.50.1")), 0);
     EXPECT_EQ(DefaultRoutes(3), "eth0=192.168.50.1 ");
     Shell("printf 'nameserver 8.8.8.8\\nnameserver 8.8.4.4\\n' | cmp - /etc/resolv.conf");
