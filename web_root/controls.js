@@ -20,6 +20,7 @@ function textInput(field, attributes, changed) {
     input,
     show: (value) => {
       input.value = value ?? "";
+      input.placeholder = value === undefined ? inWords(field) : "";
     },
   };
 }

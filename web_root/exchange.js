@@ -35,13 +35,15 @@ import {
 } from "./settings.js";
 
 async function readOnce(request, group, how) {
-  const { answer, trouble } = await request(`/get_${group.id}`, { what: group.title, ...how });
+  const { answer, trouble, reader } = await request(`/get_${group.id}`, { what: group.title, ...how });
   if (!answer) return { ok: false, trouble };
   if (answer.result !== 1) return { ok: false, trouble: "silent" };
   const names = group.fields.map(({ name }) => name);
   if (!hasTexts(answer, names)) return { ok: false, trouble: "odd" };
   const shown = ({ name, fromApi = String }) => [name, fromApi(answer[name])];
-  return { ok: true, values: Object.fromEntries(group.fields.map(shown)), at: Date.now() };
+  // A login that may only read is given empty passwords: they are not known.
+  const known = group.fields.filter(({ kind }) => !reader || kind !== "password");
+  return { ok: true, values: Object.fromEntries(known.map(shown)), at: Date.now() };
 }
 
 const hollow = (group, values) =>

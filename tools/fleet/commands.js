@@ -16,14 +16,6 @@ const placeOf = (group, field) => `${group.id}.${field.name}`;
 const shown = (field, value) =>
   isSecret(field) ? "***" : value === undefined ? "(not known)" : `'${printable(value)}'`;
 
-/** A group's reading, without passwords where they are hidden: an empty one would be written as such. */
-async function readGroup(session, group) {
-  const now = await readValues(session.request, group);
-  if (now.ok && session.mayOnlyRead)
-    for (const { name } of group.fields.filter(isSecret)) delete now.values[name];
-  return now;
-}
-
 /** All settings, as {values, file}; {reason} with what could be read when some could not. */
 export async function read(session) {
   const values = new Map();
@@ -31,7 +23,8 @@ export async function read(session) {
   if (reason) return { reason };
   const unread = [];
   for (const group of writeOrder) {
-    const now = await readGroup(session, group);
+    const now = await readValues(session.request, group);
+    if (now.trouble === "dropped") return { reason: session.why(now.trouble) };
     if (now.ok) values.set(group.id, now.values);
     else unread.push(notRead(session, group.id, now.trouble));
     if (unread.length > 1) break; // each may have cost its longest wait
@@ -52,12 +45,12 @@ export async function compare(session, wanted) {
   const lines = [];
   const wrong = [];
   for (const group of writeOrder.filter(({ id }) => wanted[id])) {
-    const now = await readGroup(session, group);
+    const now = await readValues(session.request, group);
     if (!now.ok) return { reason: notRead(session, group.id, now.trouble) };
     const edits = {};
     for (const { field, from, to, lock } of difference(group, now.values, wanted[group.id])) {
-      if (hidden(field)) continue;
       if (!lock) edits[field.name] = to;
+      if (hidden(field)) continue;
       const change = lock ? `left out: ${english(lock)}` : `${shown(field, from)} -> ${shown(field, to)}`;
       lines.push([session.host.name, placeOf(group, field), change]);
     }
@@ -120,7 +113,7 @@ const disk = ({ ucFD_DiskExist: there, strFD_DiskSize: size }) => (there === "0"
 export async function status(session) {
   const { answer, trouble } = await readStatus(session.request);
   if (!answer) return { reason: session.why(trouble) };
-  const base = await readGroup(session, BASE);
+  const base = await readValues(session.request, BASE);
   const { gnet, wifi, cms } = answer;
   const line = {
     number: base.ok ? base.values.strFD_DeviceNo : "",
