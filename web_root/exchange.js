@@ -46,8 +46,11 @@ async function readOnce(request, group, how) {
   return { ok: true, values: Object.fromEntries(known.map(shown)), at: Date.now() };
 }
 
-const hollow = (group, values) =>
-  writable(group).every(({ kind, name }) => kind === "clock" || /^0?$/.test(values[name] ?? ""));
+/** Whether all is empty; zeros alone are ordinary values. */
+function hollow(group, values) {
+  const texts = writable(group).map(({ kind, name }) => (kind !== "clock" && values[name]) || "");
+  return texts.includes("") && texts.every((text) => /^0?$/.test(text));
+}
 
 /**
  * Reads a group; what looks damaged is read once more. `known`: values read earlier, so that an answer

@@ -252,6 +252,7 @@ export class Form {
       [...Object.keys(sent), ...locked.map(({ name }) => name)].forEach((name) => this.drop(name));
     }
     this.unsure = result.outcome === "unsure" ? result.expected : {};
+    if (result.outcome === "unread") this.reading = { ok: false, trouble: result.trouble };
     if (result.outcome === "kept") {
       if (this.clock) this.drop(this.clock.name);
       // The user has been told what is held instead, so this is what further edits are made on.

@@ -17,6 +17,7 @@ const valuesOf = (name, ...values) =>
 const START = {
   GNet: valuesOf("GNet", "6", "net", "*99#", "u", "p"),
   Wifi: valuesOf("Wifi", "1", "Depot", "gate-seven", "3", "2", "1"),
+  Mirror: valuesOf("Mirror", "1", "0"),
   Base: valuesOf("Base", "BUS-1", "8", "1", "2026-03-14 15:09:26"),
   GB28181: valuesOf("GB28181", "1", "1", "", "1", "", "", "1", "", "", "", "", "*L1*", "2"),
 };
@@ -73,6 +74,7 @@ const SAVES = [
   ["a damaged answer, twice", "GNet", APN, always({ result: 1 }), "unread odd", START.GNet],
   ["no answer at all", "GNet", APN, always("\0"), "unread odd", START.GNet],
   ["suddenly empty", "GNet", APN, always(EMPTY), "unread empty", START.GNet],
+  ["zeros are values", "Mirror", { strFD_UpDown: "1" }, moved({ strFD_LeftRight: "0" }), "saved", {}],
   ["silent before", "GNet", APN, once(GET, SILENT), "unread silent", START.GNet],
   ["gone at the write", "GNet", APN, once(SET, new Error()), "unsure gone", START.GNet],
   ["silent after", "GNet", APN, once(GET2, SILENT), "unsure silent", APN],
