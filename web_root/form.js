@@ -256,7 +256,8 @@ export class Form {
     if (result.outcome === "kept") {
       if (this.clock) this.drop(this.clock.name);
       // The user has been told what is held instead, so this is what further edits are made on.
-      for (const name of this.edits.keys()) this.origins.set(name, result.values[name]);
+      for (const name of Object.keys(sent))
+        if (this.edits.has(name)) this.origins.set(name, result.values[name]);
     }
     for (const { field, seen, mine } of result.clashes ?? []) {
       if (!this.edits.has(field.name)) this.origins.set(field.name, seen);
