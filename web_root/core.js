@@ -233,6 +233,8 @@ const withoutGaps = (identity) =>
 export function workOn(identity) {
   recorder = { number: "", imei: "", ...identity };
   stranger = null;
+  workedOn = {};
+  absences += 1;
   met = { absences, at: Date.now() };
   recorderWatchers.forEach((watcher) => watcher());
 }

@@ -19,6 +19,7 @@ export class Form {
   reading = null; // the last one
   retried = false; // after a reading that failed alone
   unsure = {}; // what a write that was not read back may have left
+  stop = () => {}; // ends the wait for the recorder
 
   card = null; // while it is in view
 
@@ -109,7 +110,8 @@ export class Form {
   /** Forgets the recorder's values, for another recorder's; edits stay until they are dropped. */
   forget() {
     this.leave();
-    Object.assign(this, { base: null, result: null, reading: null });
+    this.stop();
+    Object.assign(this, { base: null, result: null, reading: null, unsure: {} });
     this.card?.fill();
     this.card?.tell();
   }
@@ -201,9 +203,12 @@ export class Form {
   // -- saving
 
   /** Saves the form, or only `edits`, whatever else has been edited. */
-  async save(edits = this.edited) {
+  async save(only) {
     if (this.busy || this.hooks.mayNot()) return;
-    if (Object.keys(this.unsure).length) await this.load();
+    const giveFocusBack = this.card.keepFocus();
+    if (Object.keys(this.unsure).length) await this.lookAgain();
+    if (!this.base) return;
+    const edits = only ?? this.edited;
     const values = laidOver(this.group, this.base, edits);
     const wrong = problems(this.group, values);
     if (wrong.length) this.conclude({ outcome: "invalid", problems: wrong });
@@ -217,15 +222,33 @@ export class Form {
     }
     const way = this.group.cutsOff && wayBack(this.group, values);
     if (!(await confirmWrite(doubts(this.group, values, edits, this.seen), way))) return;
-    const giveFocusBack = this.card.keepFocus();
     this.result = null;
     this.enter("sending");
     let result = await this.send(edits);
     if (this.group.cutsOff && result.outcome === "unsure") result = await this.reconnect(result);
     this.phase = "";
-    this.settle(result, edits);
-    this.conclude(result);
+    if (this.base) {
+      this.settle(result, edits);
+      this.conclude(result);
+    } else this.load(); // forgotten: another recorder is worked on
     giveFocusBack();
+  }
+
+  /** Reads what has become of a write that was not read back. */
+  async lookAgain() {
+    this.enter("checking");
+    const now = await this.ofSame(() => read(request, this.group, { urgent: true, known: this.base }));
+    this.phase = "";
+    if (!this.base) this.load();
+    else if (now?.ok) this.take(now);
+    this.card.tell();
+  }
+
+  /** What `look` reads when the recorder that is worked on is there, before it and after; else `otherwise`. */
+  async ofSame(look, otherwise) {
+    const { trouble, mayWrite } = await readyToWrite();
+    const now = trouble ? otherwise : await look();
+    return mayWrite() ? now : otherwise;
   }
 
   async send(edits) {
@@ -274,6 +297,7 @@ export class Form {
     this.enter("waiting");
     const until = Date.now() + RECONNECT_S * 1000;
     const tick = setInterval(() => this.card.countDown(Math.ceil((until - Date.now()) / 1000)), 1000);
+    const look = () => readBack(request, this.group, result.expected);
     let last = result;
     let stop = false;
     const stopped = new Promise((go) => {
@@ -283,8 +307,7 @@ export class Form {
     });
     while (!stop && !last.values) {
       await Promise.race([stopped, pause(RECONNECT_EVERY_MS)]);
-      if (!stop && !stranger)
-        last = await Promise.race([stopped, readBack(request, this.group, result.expected)]);
+      if (!stop) last = await Promise.race([stopped, this.ofSame(look, result)]);
     }
     clearInterval(tick);
     this.card.countDown(null);
