@@ -2,9 +2,10 @@
 // All settings into a file or onto paper, and a file's settings into this or another recorder.
 
 import { CONTROLS, inWords } from "./controls.js";
-import { badge, columns, h, readyToWrite, recorder, request, setText, tr } from "./core.js";
+import { badge, columns, h, readyToWrite, recorder, request, setText, tr, workedOn } from "./core.js";
 import { read, save as write } from "./exchange.js";
 import { difference, fileOf, parseFile, writeOrder } from "./file.js";
+import { saved } from "./forms.js";
 import { confirmWrite, isDone, resultNodes, wayBack } from "./questions.js";
 import { groups } from "./schema.js";
 import { doubts, laidOver, problem } from "./settings.js";
@@ -58,7 +59,14 @@ function strangeNotes({ strange, unread }) {
   ];
 }
 
+let running = null; // the view whose job goes on; the language may change meanwhile, or the section
+
+addEventListener("beforeunload", (event) => {
+  if (running) event.returnValue = true;
+});
+
 export function backupView() {
+  if (running) return running;
   const progress = h("progress", { hidden: true, "aria-label": tr("进度", "Progress") });
   const live = h("div", { class: "result", role: "status" });
   const notes = h("div", { class: "result" });
@@ -68,22 +76,28 @@ export function backupView() {
     type: "file",
     id: "settings-file",
     accept: ".json,application/json",
-    onchange: () => run(load),
+    onchange() {
+      const [chosen] = file.files;
+      file.value = "";
+      run(() => load(chosen));
+    },
   });
-  let busy = false;
 
   async function run(job) {
-    if (busy) return;
-    busy = true;
+    if (running) return;
+    running = view;
     notes.replaceChildren();
     live.replaceChildren();
     progress.value = 0;
     progress.max = groups.length;
     progress.hidden = false;
     live.scrollIntoView({ block: "center" });
-    await job();
-    progress.hidden = true;
-    busy = false;
+    try {
+      await job();
+    } finally {
+      progress.hidden = true;
+      running = null;
+    }
     live.scrollIntoView({ block: "center" });
   }
 
@@ -113,10 +127,10 @@ export function backupView() {
     if (all.size) setTimeout(print);
   }
 
-  async function load() {
+  async function load(chosen) {
     work.replaceChildren();
-    const parsed = parseFile(await file.files[0].text());
-    file.value = "";
+    const from = workedOn;
+    const parsed = parseFile(await chosen.text().catch(() => "")); // a file of a cloud may be out of reach
     if (parsed.trouble) return tell("warn", FILE_TROUBLES[parsed.trouble]());
     const { all, unread } = await readAll(step);
     notes.replaceChildren(...strangeNotes(parsed), ...unreadNotes(unread));
@@ -129,7 +143,7 @@ export function backupView() {
     if (!changes.length && notes.children.length)
       return tell("warn", tr("可比较的设置没有不同。", "What could be compared does not differ."));
     if (!changes.length) return tell("ok", tr("与文件一致，无需更改。", "Nothing differs from the file."));
-    offer(changes);
+    offer(changes, from);
     return tell(
       "warn",
       tr(
@@ -141,11 +155,11 @@ export function backupView() {
     );
   }
 
-  function offer(changes) {
+  function offer(changes, from) {
     const tick = (on) => () => changes.forEach((change) => change.tick(on));
     const button = h(
       "button",
-      { ...wide, class: "primary wide", onclick: () => run(() => apply(changes, [ticks, writing])) },
+      { ...wide, class: "primary wide", onclick: () => run(() => apply(changes, from, [ticks, writing])) },
       tr("写入所选设置", "Write what is ticked"),
     );
     const all = h("button", { type: "button", onclick: tick(true) }, tr("全选", "All"));
@@ -155,7 +169,8 @@ export function backupView() {
     work.replaceChildren(ticks, columns(changes.map(({ card }) => card)), writing);
   }
 
-  async function apply(changes, buttons) {
+  /** `from`: as workedOn was when they were compared. */
+  async function apply(changes, from, buttons) {
     const jobs = changes
       .map((change) => ({ ...change, edits: change.picked() }))
       .filter(({ edits }) => edits);
@@ -169,22 +184,23 @@ export function backupView() {
     const outcomes = [];
     for (const { group, edits, current, result } of jobs) {
       setText(live, tr(`正在写入：${group.title[0]}`, `Writing: ${group.title[1]}`));
-      const { trouble, mayWrite } = await readyToWrite();
+      const { trouble = from === workedOn ? undefined : "other", mayWrite } = await readyToWrite();
       const told = trouble
         ? { outcome: "unread", trouble }
         : await write(request, group, edits, { seen: current, mayWrite });
+      if (from === workedOn) saved(group, told);
       result.replaceChildren(...resultNodes(told));
       if (told.outcome === "unsure" && group.cutsOff)
         result.append(...wayBack(group, laidOver(group, current, edits)));
       outcomes.push(told);
       step(outcomes.length);
     }
-    const saved = outcomes.filter(isDone).length;
+    const done = outcomes.filter(isDone).length;
     return tell(
-      saved === outcomes.length ? "ok" : "warn",
+      done === outcomes.length ? "ok" : "warn",
       tr(
-        `已完成：${outcomes.length} 组中有 ${saved} 组已保存。`,
-        `Done: ${saved} of ${outcomes.length} groups saved.`,
+        `已完成：${outcomes.length} 组中有 ${done} 组已保存。`,
+        `Done: ${done} of ${outcomes.length} groups saved.`,
       ),
     );
   }
@@ -200,7 +216,7 @@ export function backupView() {
   const card = (title, help, ...content) =>
     h("section", { class: "card" }, h("h2", {}, title), h("p", { class: "help" }, help), content);
   const saving = { type: "button", class: "primary wide", onclick: () => run(save) };
-  return [
+  const view = [
     h(
       "div",
       { class: "no-print" },
@@ -233,6 +249,7 @@ export function backupView() {
     notes,
     work,
   ];
+  return view;
 }
 
 /** The settings as cards to be printed; passwords and keys are left out. */

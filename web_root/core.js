@@ -198,6 +198,8 @@ export let recorder = { number: "", imei: "" };
 export let stranger = null;
 /** How far the recorder's clock, read as if it were UTC, is ahead of Date.now(); NaN while unknown. */
 export let clockAhead = NaN;
+/** Another object after each decision for another recorder: what was read before it is not of this one. */
+export let workedOn = {};
 let absences = 0; // times that the page was hidden or the link lost: whoever answers may be another
 let met = { absences: -1, at: 0 };
 const recorderWatchers = new Set();
@@ -236,6 +238,13 @@ export function workOn(identity) {
   workedOn = {};
   absences += 1;
   met = { absences, at: Date.now() };
+  recorderWatchers.forEach((watcher) => watcher());
+}
+
+/** The recorder has this number now, also one that is known by its number alone. */
+export function renamed(number) {
+  if (stranger) return;
+  recorder = { ...recorder, number };
   recorderWatchers.forEach((watcher) => watcher());
 }
 

@@ -7,12 +7,12 @@ import {
   columns,
   confirmRecorder,
   followLanguage,
-  meet,
   onLink,
   onReader,
   onRecorder,
   onReturn,
   recorder,
+  renamed,
   store,
   stored,
   tr,
@@ -37,22 +37,25 @@ function deny() {
   forms.forEach(({ card }) => card?.refresh());
 }
 
+/** What else follows a write that was read back. */
+export function saved({ id }, result) {
+  if (result.outcome === "denied" && result.trouble === "refused") deny();
+  if (!result.values || result.outcome === "conflict") return;
+  if (id === "BaseInfo") {
+    renamed(result.values.strFD_DeviceNo);
+    confirmRecorder(); // its clock
+  }
+  if (id === "LangInfo" && result.outcome === "saved") {
+    chooseLanguage(null);
+    followLanguage(result.values.strLanguage);
+  }
+}
+
 const hooks = {
+  saved,
   changed({ group }) {
     countEdits(group.section);
     keepDrafts();
-  },
-  saved({ id }, result) {
-    if (result.outcome === "denied" && result.trouble === "refused") deny();
-    if (!result.values || result.outcome === "conflict") return;
-    if (id === "BaseInfo") {
-      meet({ ...recorder, number: result.values.strFD_DeviceNo });
-      confirmRecorder(); // its clock
-    }
-    if (id === "LangInfo" && result.outcome === "saved") {
-      chooseLanguage(null);
-      followLanguage(result.values.strLanguage);
-    }
   },
   mayNot: () =>
     denied
