@@ -20,6 +20,7 @@ const STATUS_TROUBLE = { 401: "login", 403: "refused", 429: "busy", 503: "busy" 
 export const pause = (ms) => new Promise((go) => setTimeout(go, ms));
 
 async function ask(fetchLike, { path, form, signal }) {
+  if (signal?.aborted) return { trouble: "dropped" };
   const fields = form?.();
   if (form && !fields) return { trouble: "held" };
   const abort = new AbortController();

@@ -5,7 +5,7 @@ import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { identify, readStatus, requester, sameRecorder, statusPlaces } from "../../web_root/api.js";
-import { save } from "../../web_root/exchange.js";
+import { read, save } from "../../web_root/exchange.js";
 import { difference, fileOf, parseFile, writeOrder } from "../../web_root/file.js";
 import { checkNames } from "../../web_root/names.js";
 import { groups } from "../../web_root/schema.js";
@@ -134,7 +134,7 @@ test("requests: one at a time, urgent ones first, what nobody waits for leaves; 
     await gate;
     return { status: 200, headers, text: async () => '{"result": 1}' };
   });
-  const leave = new AbortController();
+  let leave = new AbortController();
   const signal = (path) => (path === "b" ? leave.signal : undefined);
   const [a, b, c] = ["a", "b", "c"].map((path) => request(path, { signal: signal(path) }));
   const urgent = [request("w", { urgent: true, form: () => [] }), request("x", { urgent: true })];
@@ -144,6 +144,14 @@ test("requests: one at a time, urgent ones first, what nobody waits for leaves; 
   assert.deepEqual(await a, { answer: { result: 1 }, reader: true });
   await Promise.all([c, ...urgent]);
   assert.deepEqual(sent, ["a", "w", "x", "c"]);
+
+  const busy = recorder(() => (leave.abort(), BUSY));
+  leave = new AbortController();
+  assert.deepEqual(await busy.request("/get_GNetInfo", { signal: leave.signal }), { trouble: "dropped" });
+  assert.equal(busy.log.length, 1);
+  const answer = { ...START.GNet, strFD_UserPasswd: "", result: 1 };
+  const { values } = await read(recorder(() => [answer, 200, headers]).request, group("GNet"));
+  assert.deepEqual({ strFD_UserPasswd: "p", ...values }, START.GNet);
 });
 
 function wholeStatus(imei) {
