@@ -88,6 +88,7 @@ test("what is wrong with the command line or a file is told before anything is s
     ["status 127.1.0.1 --json --csv", /not both/],
     ["status 127.1.0.1 --user depot", /no password/],
     [`read 127.1.0.1 -o ${hosts}/folder`, /ENOTDIR|EEXIST/],
+    ["read 127.1.0.1 --report missing/report.json", /missing.*ENOENT/],
     [`diff ${file("\0rubbish")} 127.1.0.1`, /no settings file/],
     [`diff ${file('{"format":"webctrl settings","version":9,"groups":{}}')} 127.1.0.1`, /newer version/],
     [`diff ${good} 127.1.0.1 --only Nothing`, /does not know 'Nothing'/],
@@ -112,10 +113,13 @@ test("what belongs to one recorder, what cuts the link, and what would not arriv
     [`apply ${mode} 127.1.0.2 --dry-run`, 0, /'10' -> '77'/],
     [`apply ${mode} 127.1.0.2 --yes`, 0, /write: 127.1.0.2: ok/],
     [`apply ${mode} 127.1.0.2 127.1.0.2:80`, 0, /nothing differs/],
-    [`apply ${wide} 127.1.0.2`, 1, /strFD_Apn: Too long/],
+    [`apply ${wide} 127.1.0.2`, 1, /-> 'x{32}'[^]*strFD_Apn: Too long/],
+    ["read -o backup 127.1.9.8/30", 1, /0 of 2 answered[^]*^0 recorders/m],
+    ["read -o backup 127.1.9.9 127.1.9.8/30", 1, /^1 recorder: 0 ok, 1 failed/m],
     [`apply ${secret} 127.1.0.2 127.1.0.2:80`, 1, /the same recorder as 127.1.0.2/],
   ];
   for (const row of rows) await fleet(...row);
+  assert.match(content("backup/table.csv"), /BUS-30/);
   assert.match(depot.state(1), /usFD_GPSInterval="77"[^]*strFD_UserPasswd="hush"/);
 
   const other = change("NetWModeInfo", { usFD_GPSInterval: "88" });
@@ -141,6 +145,16 @@ test("Ctrl-C finishes what is being written and tells what was not begun", async
   const told = report().map((host) => host.groups);
   assert.deepEqual(told, [groups, groups, undefined, undefined]);
   assert.deepEqual([4, 5, 6, 7].map(written), [true, true, false, false]);
+
+  const asked = [];
+  let reading;
+  const host = await listen(({ url }, response) => {
+    asked.push(url);
+    if (url === "/get_VersionInfo") response.end('{"strFD_AppVersion": "", "result": 1}');
+    else reading.kill("SIGINT");
+  });
+  await fleet(`read -o backup ${host}`, 1, /failed, interrupted/, (child) => (reading = child));
+  assert.equal(asked.length, 2);
 });
 
 test("recorders that misbehave cost themselves only", async () => {

@@ -87,7 +87,7 @@ export async function write(session, changes, stopped) {
   if (session.mayOnlyRead) return { reason: "this login may only read" };
   const done = {};
   for (const { group, edits, seen } of changes) {
-    const lost = Object.values(done).some((word) => word !== "saved" && word.startsWith("written"));
+    const lost = Object.values(done).some((word) => word.startsWith("written"));
     if (lost || stopped()) {
       done[group.id] = "not begun";
       continue;

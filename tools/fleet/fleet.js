@@ -36,15 +36,15 @@ export class Fleet {
   async probe() {
     const ranged = this.sessions.filter(({ host }) => host.range);
     if (!ranged.length) return;
-    const absent = new Set();
+    const there = new Set();
     await this.#spread(ranged, PROBES, async (session) => {
-      if (!(await session.isThere())) absent.add(session);
+      if (await session.isThere()) there.add(session);
     });
     for (const range of new Set(ranged.map(({ host }) => host.range))) {
       const of = ranged.filter(({ host }) => host.range === range);
-      note(`${range}: ${of.filter((session) => !absent.has(session)).length} of ${of.length} answered`);
+      note(`${range}: ${of.filter((session) => there.has(session)).length} of ${of.length} answered`);
     }
-    this.sessions = this.sessions.filter((session) => !absent.has(session));
+    this.sessions = this.sessions.filter((session) => !session.host.range || there.has(session));
   }
 
   /**

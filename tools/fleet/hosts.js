@@ -54,7 +54,8 @@ export function hostsOf(words, file) {
       }
     }
   });
-  const unique = [...new Map(all.map((host) => [host.name, host])).values()];
+  const named = all.filter(({ range }) => !range); // whoever was named is missed, also when a range has it
+  const unique = [...new Map([...all, ...named].map((host) => [host.name, host])).values()];
   if (!unique.length) throw new Usage("no hosts; name some, or a file of them with -f");
   if (unique.length > MOST) throw new Usage(`more than ${MOST} hosts`);
   return unique;

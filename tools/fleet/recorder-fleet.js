@@ -81,6 +81,6 @@ try {
 } catch (error) {
   if (error instanceof Usage) note(`recorder-fleet: ${error.message}`);
   else if (!error.code?.startsWith("commander.")) throw error;
-  exitStatus = error.exitCode === 0 ? 0 : 2;
+  exitStatus = error.exitCode === 0 ? 0 : (error.status ?? 2);
 }
 process.exitCode = exitStatus;

@@ -1,11 +1,21 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // What is seen of a run: its progress, tables, the summary and the report file.
 
-import { renameSync, writeFileSync } from "node:fs";
+import { accessSync, constants, renameSync, writeFileSync } from "node:fs";
+import { dirname } from "node:path";
 import { SingleBar } from "cli-progress";
 import { printable, Usage } from "./usage.js";
 
 export const note = (text) => process.stderr.write(`${text}\n`);
+
+/** Tells that a file cannot be written before there is anything to be written. */
+export function needFolder(path) {
+  try {
+    accessSync(dirname(path), constants.W_OK);
+  } catch (error) {
+    throw new Usage(`cannot write ${path}: ${error.code}`);
+  }
+}
 
 /** Files hold passwords in clear. They are replaced as a whole, so that no reader finds half of one. */
 export function writeWhole(path, text) {
@@ -13,7 +23,7 @@ export function writeWhole(path, text) {
     writeFileSync(`${path}.new`, text, { mode: 0o600 });
     renameSync(`${path}.new`, path);
   } catch (error) {
-    throw new Usage(`cannot write ${path}: ${error.code ?? error.message}`);
+    throw new Usage(`cannot write ${path}: ${error.code ?? error.message}`, 1);
   }
 }
 
@@ -33,10 +43,11 @@ export function progress(what, total) {
 
 const CELL = 48;
 
-/** Rows of foreign texts under each other; the first row is the head. */
+/** Rows of foreign texts under each other; the first row is the head. The last column is never cut. */
 export function table(rows) {
-  const cut = (text) => (text.length > CELL ? `${text.slice(0, CELL - 1)}…` : text);
-  const cells = rows.map((row) => row.map((cell) => cut(printable(cell ?? ""))));
+  const last = rows[0].length - 1;
+  const cut = (text, n) => (text.length > CELL && n < last ? `${text.slice(0, CELL - 1)}…` : text);
+  const cells = rows.map((row) => row.map((cell, n) => cut(printable(cell ?? ""), n)));
   const widths = cells[0].map((_, n) => Math.max(...cells.map((row) => row[n].length)));
   return cells
     .map((row) =>
@@ -73,5 +84,5 @@ export function conclude(command, { started }, results, path) {
     const report = { command, started, ended: new Date(), summary, hosts };
     writeWhole(path, `${JSON.stringify(report, null, 2)}\n`);
   }
-  return ok === results.length ? 0 : 1;
+  return results.length && ok === results.length ? 0 : 1;
 }

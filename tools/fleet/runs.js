@@ -9,7 +9,7 @@ import { compare, read, status, STATUS_COLUMNS, write } from "./commands.js";
 import { Fleet } from "./fleet.js";
 import { hostsOf } from "./hosts.js";
 import { confirm, password } from "./prompt.js";
-import { conclude, counted, note, table, writeWhole } from "./report.js";
+import { conclude, counted, needFolder, note, table, writeWhole } from "./report.js";
 import { printable, readText, Usage } from "./usage.js";
 import { columns, parseOnly, readSettings, readValues, toCell, wantedOf } from "./wanted.js";
 
@@ -31,6 +31,7 @@ async function accessOf({ user, cacert, tls }) {
 
 /** The fleet of a command line; the first Ctrl-C stops it, a second ends the program. */
 async function fleetOf(words, options) {
+  if (options.report) needFolder(options.report);
   const fleet = new Fleet(hostsOf(words, options.file), await accessOf(options), options.jobs);
   for (const signal of ["SIGINT", "SIGTERM"]) {
     process.on(signal, () => {
@@ -52,6 +53,7 @@ export async function runRead(words, { output, ...options }) {
   } catch (error) {
     throw new Usage(`cannot make ${output}: ${error.code}`);
   }
+  needFolder(join(output, "table.csv"));
   const fleet = await fleetOf(words, options);
   const results = await fleet.each("read", fleet.sessions, async (session) => {
     const { file, reason } = await read(session);
@@ -60,7 +62,7 @@ export async function runRead(words, { output, ...options }) {
   });
   const head = ["host", ...columns.map(({ name }) => name)];
   const rows = results.filter(({ file }) => file).map(({ host, file }) => [host, ...cellsOf(file)]);
-  writeWhole(join(output, "table.csv"), `${Papa.unparse([head, ...rows])}\n`);
+  if (rows.length) writeWhole(join(output, "table.csv"), `${Papa.unparse([head, ...rows])}\n`);
   const line = ({ host, file, outcome, reason, hidden }) => [
     host,
     file?.groups.BaseInfo?.strFD_DeviceNo,
@@ -88,7 +90,8 @@ async function compareAll(fleet, wish) {
     compare(session, wish.of(session.host.name)),
   );
   const lines = results.flatMap((result) => result.lines ?? []);
-  out(lines.length ? table([["host", "field", "change"], ...lines]) : "nothing differs");
+  if (lines.length) out(table([["host", "field", "change"], ...lines]));
+  else if (results.some(({ outcome }) => outcome === "ok")) out("nothing differs");
   return results;
 }
 

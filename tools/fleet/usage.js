@@ -2,8 +2,13 @@
 
 import { readFileSync } from "node:fs";
 
-/** What the one who called the program has to put right; ends it with status 2 before anything is sent. */
-export class Usage extends Error {}
+/** What the one who called the program has to put right; ends it with `status`, 2 before anything is sent. */
+export class Usage extends Error {
+  constructor(message, status = 2) {
+    super(message);
+    this.status = status;
+  }
+}
 
 export function readText(path) {
   try {
