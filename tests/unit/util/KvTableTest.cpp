@@ -11,7 +11,7 @@ TEST(KvTable, PutsRemovesDumpsAndListsKeys) {
     EXPECT_EQ(0x10fe9fU, KvHash("\xff\xff\xef\xaf", 0x7FFFFFFF)); // bytes, not signed chars
     KvTable* table = KvCreate();
     // "b" + 0x12 and "c" + 0x02 hash alike: one chain.
-    for (const char* key : {"b\x12", "a", "c\x02", "a", "~", "\x7f"})
+    for (const char* key : {"b\x12", "a", "c\x02", "b\x12", "~", "\x7f"})
         for (const char* value : {"old", key})
             KvPut(&table->chains[KvHash(key, 4096)], KvNodeCreate(key, value), &table->count);
     EXPECT_EQ("[97]: a=a\n[126]: ~=~\n[127]: \x7f=\x7f\n[1586]: b\x12=b\x12,c\x02=c\x02\n",
