@@ -1,23 +1,20 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // Versions, and what this page is.
 
-import { columns, h, onReturn, request, setText, tr } from "./core.js";
+import { columns, h, onRecorder, onReturn, request, setText, tr } from "./core.js";
 import { rowsOf, versionRows } from "./status.js";
 
 const NONE = "—";
-let version = null;
 let application = null;
 
 async function readVersion() {
   const { answer } = await request("/get_VersionInfo", { what: ["版本", "version"] });
-  if (answer?.result !== 1) return;
-  version = answer.strFD_AppVersion;
-  setText(application, version || NONE);
+  if (answer?.result === 1) setText(application, answer.strFD_AppVersion || NONE);
 }
 
 export function aboutView() {
-  application = h("dd", {}, version || NONE);
-  if (version === null) readVersion();
+  application = h("dd", {}, NONE);
+  readVersion();
   const versions = rowsOf(versionRows().slice(1));
   versions.prepend(h("div", {}, h("dt", {}, tr("主程序版本", "Main application")), application));
   const card = (title, ...content) => h("section", { class: "card" }, h("h2", {}, title), content);
@@ -30,4 +27,4 @@ export function aboutView() {
   ];
 }
 
-onReturn(() => version === null && application?.isConnected && readVersion());
+for (const on of [onReturn, onRecorder]) on(() => application?.isConnected && readVersion());

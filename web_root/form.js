@@ -65,8 +65,10 @@ export class Form {
     this.loading = null;
     this.reading = now;
     if (now.ok) this.retried = false;
-    if (now.ok && !this.busy && !stranger) this.take(now);
-    else this.card?.refresh();
+    if (now.ok && !this.busy && !stranger) {
+      this.take(now);
+      this.hooks.changed(this);
+    } else this.card?.refresh();
   }
 
   /** Nobody looks at it any more: a reading that has not begun is not worth it. */
@@ -105,6 +107,11 @@ export class Form {
   drop(name) {
     this.edits.delete(name);
     this.origins.delete(name);
+  }
+
+  /** What has been typed for a record that is not written now would only look like a change of it. */
+  dropLocked(values) {
+    for (const field of this.group.fields) if (lockReason(field, values)) this.drop(field.name);
   }
 
   /** Forgets the recorder's values, for another recorder's; edits stay until they are dropped. */
@@ -146,10 +153,11 @@ export class Form {
   }
 
   /** Ends a clash for the user's value, or for the recorder's. */
-  decide({ name }, mine) {
+  decide({ name, decides }, mine) {
     if (mine) this.origins.set(name, this.base[name]);
     else {
       this.drop(name);
+      if (decides) this.dropLocked(this.values);
       this.card.show(name);
     }
     this.result = null;
@@ -270,9 +278,8 @@ export class Form {
 
   settle(result, sent) {
     if (isDone(result)) {
-      // What has been typed for a record that is not written now would only look like a change of it.
-      const locked = this.group.fields.filter((field) => lockReason(field, result.values));
-      [...Object.keys(sent), ...locked.map(({ name }) => name)].forEach((name) => this.drop(name));
+      Object.keys(sent).forEach((name) => this.drop(name));
+      this.dropLocked(result.values);
     }
     this.unsure = result.outcome === "unsure" ? result.expected : {};
     if (result.outcome === "unread") this.reading = { ok: false, trouble: result.trouble };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // The status: a line of verdict, then cards that follow the recorder's values.
 
-import { badge, columns, h, icon, link, recorder, setText, tr } from "./core.js";
+import { badge, columns, h, icon, link, recorder, setText, stranger, tr } from "./core.js";
 
 const NONE = "—";
 const HISTORY_MS = 5 * 60000;
@@ -340,9 +340,8 @@ function statusText(cards) {
     ...rows.filter(({ when = () => true }) => when(status)).map(line),
   ];
   const head = tr("车载录像机", "Vehicle recorder");
-  return [`${head} ${recorder.number} ${new Date(statusAt).toISOString()}`, ...cards.flatMap(card)].join(
-    "\n",
-  );
+  const { number } = stranger ?? recorder;
+  return [`${head} ${number} ${new Date(statusAt).toISOString()}`, ...cards.flatMap(card)].join("\n");
 }
 
 export function ageText() {
