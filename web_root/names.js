@@ -25,8 +25,10 @@ function placeProblem(part, key) {
   return KINDS.includes(field.kind) ? undefined : "this field holds no code";
 }
 
-function wordProblem(part, code, words) {
-  if (!/^(0|[1-9]\d{0,4})$/.test(code)) return "a code is a whole number";
+function wordProblem(part, key, code, words) {
+  const { kind, max = 99999 } = fieldOf(key) ?? {};
+  const most = kind === "flag" ? 1 : max;
+  if (!/^(0|[1-9]\d{0,4})$/.test(code) || code > most) return `a code is a whole number, here up to ${most}`;
   const isText = (word) => typeof word === "string" && word !== "";
   if (!Array.isArray(words) || !words.slice(0, 2).every(isText) || words.length < 2)
     return 'words are ["中文", "English"]';
@@ -52,7 +54,7 @@ function checkCodes(part, key, codes, good, wrong) {
   const reason = placeProblem(part, key) ?? (isRecord(codes) ? undefined : "codes are an object");
   if (reason) return wrong.push([`${part}.${key}`, reason]);
   for (const [code, words] of Object.entries(codes)) {
-    const trouble = wordProblem(part, code, words);
+    const trouble = wordProblem(part, key, code, words);
     if (trouble) wrong.push([`${part}.${key}.${code}`, trouble]);
     else (good[part][key] ??= {})[code] = words;
   }

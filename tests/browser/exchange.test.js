@@ -234,10 +234,10 @@ test("values that hardly work are asked about, unknown ones are wanted; texts ha
 test("names.json: the example is right, and a wrong entry is named", () => {
   const example = readFileSync(new URL("../../tools/recorder_sim/names.json", import.meta.url), "utf8");
   assert.deepEqual(checkNames(JSON.parse(example)).wrong, []);
-  const NetType = { x: ["中", "e"], 1: ["中"], 2: ["中", "e", "ok"], 3: ["中", "e"] };
+  const NetType = { x: ["中", "e"], 1: ["中"], 2: ["中", "e", "ok"], 3: ["中", "e"], 256: ["中", "e"] };
   const fields = { "GNetInfo.ucFD_NetType": NetType, "GNetInfo.strFD_Apn": {}, "Y.z": {} };
   const { wrong, good } = checkNames({ fields, status: { "gnet.x": {} }, other: {} });
-  const places = /^\S+Type\.1 \S+Type\.2 \S+Type\.x \S+Apn fields\.Y\.z status\.gnet\.x other$/;
+  const places = /^\S+Type\.1 \S+Type\.2 \S+Type\.256 \S+Type\.x \S+Apn fields\.Y\.z status\.gnet\.x other$/;
   assert.match(wrong.map(([place]) => place).join(" "), places);
   assert.deepEqual(good.fields, { "GNetInfo.ucFD_NetType": { 3: ["中", "e"] } });
 });
