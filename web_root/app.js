@@ -71,7 +71,7 @@ const SECTIONS = {
     view: formsOf("platform"),
   },
   backup: {
-    title: () => tr("备份与批量设置", "Save and load"),
+    title: () => tr("保存与载入", "Save and load"),
     tab: () => tr("备份", "Backup"),
     view: async () => (await Promise.all([import("./backup.js"), loadForms()]))[0].backupView(),
   },

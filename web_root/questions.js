@@ -16,7 +16,10 @@ export function wayBack(group, values) {
     !network && tr("录像机的网络可能中断片刻。", "The recorder's network may be away for a moment."),
     accessPoint &&
       !network &&
-      tr(`${own}（使用其已存的名称）。`, `${own}; it has the name that is stored there.`),
+      tr(
+        `${own}（使用其已存的名称；若录像机没有立即接受此模式，则使用现在所连网络的名称和密码）。`,
+        `${own}; it has the name that is stored there, or, should the recorder not accept the mode at once, the name and key of the network that it is in now.`,
+      ),
     network &&
       h(
         "span",

@@ -13,7 +13,10 @@ export function strangerQuestion(count, loadForms) {
   const decide = (carry) => () => loadForms().then(({ changeRecorder }) => changeRecorder(identity, carry));
   const work = tr(`改为操作 ${now}`, `Work on ${now}`);
   const changes = count === 1 ? "the change" : `${count} changes`;
-  const stay = tr(`${work}，保留原更改`, `${work}; keep my changes for the other`);
+  const stay = tr(
+    `${work}，为原录像机保留更改（密码除外）`,
+    `${work}; keep my changes for the other, but no passwords`,
+  );
   const bring = tr(`${work}，带上 ${count} 项更改`, `${work} and bring ${changes} along`);
   const button = (word, carry) => h("button", { type: "button", onclick: decide(carry) }, word);
   const text = tr(

@@ -30,5 +30,5 @@ enum class RequestKind { Read, Write };
 // one. Refused is an origin of another host; ports are not compared, since proxies drop them. A
 // write is also refused without an origin when its referer is of another host, or when it has
 // neither of them and no body and comes from a browser: an empty write erases a group. Tools send
-// none of these headers, and nothing of theirs is refused.
+// neither origin nor referer: of theirs a host alone is refused.
 bool IsTrusted(const RequestSource& source, RequestKind kind);
