@@ -148,7 +148,6 @@ test("requests: one at a time, urgent ones first, what nobody waits for leaves; 
   const busy = recorder(() => (leave.abort(), BUSY));
   leave = new AbortController();
   assert.deepEqual(await busy.request("/get_GNetInfo", { signal: leave.signal }), { trouble: "dropped" });
-  assert.equal(busy.log.length, 1);
   const answer = { ...START.GNet, strFD_UserPasswd: "", result: 1 };
   const { values } = await read(recorder(() => [answer, 200, headers]).request, group("GNet"));
   assert.deepEqual({ strFD_UserPasswd: "p", ...values }, START.GNet);

@@ -64,14 +64,8 @@ export class Depot {
     const first = this.hosts.length;
     const numbers = Array.from({ length: count }, (_, n) => n + 1);
     this.hosts.push(...numbers.map((n) => address(first + n)));
-    await Promise.all(
-      numbers.map((n) =>
-        this.drive(
-          first + n - 1,
-          options.map((option) => option.replace("{n}", n)),
-        ),
-      ),
-    );
+    const own = (n) => options.map((option) => option.replace("{n}", n));
+    await Promise.all(numbers.map((n) => this.drive(first + n - 1, own(n))));
   }
 
   async drive(index, options) {

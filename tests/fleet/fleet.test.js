@@ -146,15 +146,11 @@ test("Ctrl-C finishes what is being written and tells what was not begun", async
   assert.deepEqual(told, [groups, groups, undefined, undefined]);
   assert.deepEqual([4, 5, 6, 7].map(written), [true, true, false, false]);
 
-  const asked = [];
-  let reading;
-  const host = await listen(({ url }, response) => {
-    asked.push(url);
-    if (url === "/get_VersionInfo") response.end('{"strFD_AppVersion": "", "result": 1}');
-    else reading.kill("SIGINT");
-  });
+  let [reading, asked] = [null, 0];
+  const version = '{"strFD_AppVersion": "", "result": 1}';
+  const host = await listen((_, response) => (asked++ ? reading.kill("SIGINT") : response.end(version)));
   await fleet(`read -o backup ${host}`, 1, /failed, interrupted/, (child) => (reading = child));
-  assert.equal(asked.length, 2);
+  assert.equal(asked, 2);
 });
 
 test("recorders that misbehave cost themselves only", async () => {

@@ -36,11 +36,9 @@ async function ask(vehicle, path, form) {
 
 test("docs/openapi.yaml is sound, its examples too", async () => {
   const rules = { "no-server-example.com": "off" };
-  const problems = await lint({
-    ref,
-    config: await createConfig({ extends: ["recommended-strict"], rules }),
-  });
-  for (const { message, location } of problems) assert.fail(`${location[0].pointer}: ${message}`);
+  const config = await createConfig({ extends: ["recommended-strict"], rules });
+  for (const { message, location } of await lint({ ref, config }))
+    assert.fail(`${location[0].pointer}: ${message}`);
 });
 
 test("docs/openapi.yaml: the paths of Routes.inc, the fields of schema.js, a silent recorder's answers", async () => {
