@@ -59,14 +59,17 @@ function strangeNotes({ strange, unread }) {
   ];
 }
 
-let running = null; // the view whose job goes on; the language may change meanwhile, or the section
+let busy = false;
+let kept = null; // the view whose job goes on, or has ended while another section or language was shown
 
 addEventListener("beforeunload", (event) => {
-  if (running) event.returnValue = true;
+  if (busy) event.returnValue = true;
 });
 
 export function backupView() {
-  if (running) return running;
+  const before = kept;
+  if (!busy) kept = null;
+  if (before) return before;
   const progress = h("progress", { hidden: true, "aria-label": tr("进度", "Progress") });
   const live = h("div", { class: "result", role: "status" });
   const notes = h("div", { class: "result" });
@@ -84,8 +87,9 @@ export function backupView() {
   });
 
   async function run(job) {
-    if (running) return;
-    running = view;
+    if (busy) return;
+    busy = true;
+    kept = view;
     notes.replaceChildren();
     live.replaceChildren();
     progress.value = 0;
@@ -96,7 +100,8 @@ export function backupView() {
       await job();
     } finally {
       progress.hidden = true;
-      running = null;
+      busy = false;
+      if (live.isConnected) kept = null;
     }
     live.scrollIntoView({ block: "center" });
   }
