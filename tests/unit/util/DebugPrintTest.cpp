@@ -6,7 +6,7 @@
 
 TEST(DebugPrint, ShowsFromTheMinimumLevel) {
     EXPECT_EQ(1, DebugGetLevel());
-    const int cases[][3] = {{1, 0, 0}, {1, 1, 1}, {3, 1, 0}, {3, 3, 1}, {3, 4, 1}, {0, -1, 0}};
+    const int cases[][3] = {{1, 0, 0}, {3, 1, 0}, {3, 3, 1}, {3, 4, 1}, {0, -1, 0}, {0, 0, 1}};
     for (const auto& [minimum, level, shown] : cases) {
         DebugSetLevel(minimum);
         const auto print = [printed = level] {
