@@ -6,6 +6,8 @@ set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_C_COMPILER ${WEBCTRL_TRIPLET}-gcc)
 set(CMAKE_CXX_COMPILER ${WEBCTRL_TRIPLET}-g++)
 set(CMAKE_LIBRARY_ARCHITECTURE ${WEBCTRL_TRIPLET})
+# These processors' pages are of 4 KiB. Newer linkers leave room for pages of 64 KiB, in the file too.
+add_link_options(LINKER:-z,max-page-size=4096)
 
 # Emulating the very processor makes an instruction that it lacks fail a test. The libraries are
 # those of the target's own packages: a loader from the cross compiler's folder (-L) would take the
