@@ -3,10 +3,10 @@
 
 #include <string_view>
 
-// The process's printed lines, on standard output and standard error. Nobody who
-// reads them slowly, or not at all, holds up the process: what a pipe or terminal does not take at
-// once is dropped, and the number of dropped lines is told in a line of its own as soon as writing
-// works again. Any thread may print.
+// The process's printed lines, on standard output and standard error. A reader that is slow or gone
+// never holds up the process: what a pipe or terminal does not take at once is dropped, and the
+// number of dropped lines is told in a line of its own as soon as writing works again. Any thread
+// may print.
 
 // Makes both descriptors this process's own where that can be done, so that writing to them never
 // waits and nobody else's writing is changed. A closed one is opened on /dev/null, or a connection

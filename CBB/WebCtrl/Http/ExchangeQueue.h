@@ -30,7 +30,8 @@ public:
 
     // Answers waiting requests in the order in which they came. Call it in each turn of the loop,
     // after all connections had their turn.
-    // @param othersServed whether anything was sent or received in this turn; more may follow
+    // @param othersServed whether anything was sent or received in this turn, or a client is about
+    //                     to be accepted; more may follow
     // @param answer       answers the request of a connection
     // @param clock        tells the time
     void Serve(bool othersServed, const std::function<void(ConnectionId)>& answer,

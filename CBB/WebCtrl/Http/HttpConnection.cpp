@@ -86,7 +86,7 @@ bool HttpConnection::NextRequest(mg_http_message& message) {
     case RequestFrame::Verdict::Wait:
         m_wantedBytes =
             frame.bytes > m_connection->recv.len ? frame.bytes : m_connection->recv.len + 1;
-        if (frame.wantsContinue) { // once, for then there is more to wait for
+        if (frame.wantsContinue) { // once: it is asked again only with a part of the body
             mg_send(m_connection, kContinue, sizeof(kContinue) - 1);
             SendAtOnce();
         }
