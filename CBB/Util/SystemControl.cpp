@@ -8,7 +8,6 @@
 #include <dirent.h>
 #include <string>
 #include <sys/reboot.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "CBB/Util/Owner.h"
@@ -37,9 +36,6 @@ constexpr int kNoPid = -1;
 
 // The second word of the status file's first line, "" when there is none.
 std::string StatusName(const std::string& folder) {
-    struct stat info;
-    if (stat(folder.c_str(), &info) != 0 || !S_ISDIR(info.st_mode))
-        return "";
     const FilePtr file(fopen((folder + "/status").c_str(), "r"));
     char line[512];
     char word[sizeof(line)];
