@@ -5,12 +5,13 @@ import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
 import { identify, readStatus, requester, sameRecorder, statusPlaces } from "../../web_root/api.js";
-import { read, save } from "../../web_root/exchange.js";
+import { save } from "../../web_root/exchange.js";
 import { difference, fileOf, parseFile, writeOrder } from "../../web_root/file.js";
 import { checkNames } from "../../web_root/names.js";
 import { groups } from "../../web_root/schema.js";
 import { doubts, OWN_TIME, problem } from "../../web_root/settings.js";
 
+process.env.TZ = "Asia/Shanghai";
 const group = (name) => groups.find(({ id }) => id === `${name}Info`);
 const valuesOf = (name, ...values) =>
   Object.fromEntries(group(name).fields.map((field, n) => [field.name, values[n] ?? ""]));
@@ -60,8 +61,7 @@ const [OFF, STREAM] = [{ ucFD_GB28181Enable: "0" }, { ucFD_StreamType: "0" }];
 
 // What a save tells, and what the recorder holds in the end; START has been seen unless given otherwise.
 const SAVES = [
-  ["only the edit changes", "GNet", APN, {}, "saved", { ...APN, strFD_UserPasswd: "p" }],
-  ["another's change stays", "GNet", APN, moved(PHONE), "saved", { ...APN, ...PHONE }],
+  ["only the edit changes", "GNet", APN, moved(PHONE), "saved", { ...APN, ...PHONE, strFD_UserPasswd: "p" }],
   ["both changed: a question", "GNet", APN, moved(THEIRS), "conflict", THEIRS],
   ["both changed alike", "GNet", APN, moved(APN), "same", APN],
   ["nothing seen: laid over", "GNet", APN, { seen: null, ...moved(THEIRS) }, "saved", APN],
@@ -72,13 +72,10 @@ const SAVES = [
   ["too short", "Base", { strFD_DeviceNo: "1234" }, {}, "invalid", START.Base],
   ["a damaged answer, once", "GNet", APN, once(GET, { result: 1 }), "saved", APN],
   ["a damaged answer, twice", "GNet", APN, always({ result: 1 }), "unread odd", START.GNet],
-  ["no answer at all", "GNet", APN, always("\0"), "unread odd", START.GNet],
   ["suddenly empty", "GNet", APN, always(EMPTY), "unread empty", START.GNet],
   ["zeros are values", "Mirror", { strFD_UpDown: "1" }, moved({ strFD_LeftRight: "0" }), "saved", {}],
-  ["silent before", "GNet", APN, once(GET, SILENT), "unread silent", START.GNet],
   ["gone at the write", "GNet", APN, once(SET, new Error()), "unsure gone", START.GNet],
   ["silent after", "GNet", APN, once(GET2, SILENT), "unsure silent", APN],
-  ["refused by the recorder", "GNet", APN, once(SET, { result: 1 }), "kept", START.GNet],
   ["may not write", "GNet", APN, once(SET, ["no", 403]), "denied refused", START.GNet],
   ["login ended", "GNet", APN, once(SET, ["no", 401]), "denied login", START.GNet],
   ["busy, then not", "GNet", APN, once(SET, BUSY), "saved", APN],
@@ -92,12 +89,10 @@ for (const [name, id, edits, { seen = START[id], on, mayWrite }, told, held] of 
   test(`save: ${name}`, async () => {
     const { state, log, request } = recorder(on);
     const shown = seen ? { ...seen, ...(seen.strFD_LensId && { strFD_LensId: "L1" }) } : undefined;
-    const before = []; // what stands behind other requests
-    const asked = (path, how) => (how.urgent || before.push(path), request(path, how));
+    const asked = (path, how) => (assert.ok(how.urgent, path), request(path, how));
     const result = await save(asked, group(id), edits, { seen: shown, mayWrite });
     assert.equal([result.outcome, result.trouble].filter(Boolean).join(" "), told);
     assert.deepEqual({ ...state[id], ...held }, state[id]);
-    assert.deepEqual(before, []);
     const sent = log.some((path) => path.includes("/set_"));
     assert.equal(sent, !/conflict|same|invalid|unread|held/.test(told));
     if (sent) assert.match(log[0], /get_/);
@@ -121,7 +116,7 @@ test("a group that cannot be read is written only when every field is chosen; cl
   assert.equal(outcome, "saved");
   assert.match(clock(), /^2026-03-14 15:19:/);
   await save(other.request, base, { strFD_CurTime: OWN_TIME }, { seen: START.Base });
-  assert.equal(Date.parse(clock()), later - (later % 1000));
+  assert.equal(Date.parse(`${clock()} GMT+8`), later - (later % 1000));
 });
 
 test("requests: one at a time, urgent ones first, what nobody waits for leaves; a reading login", async () => {
@@ -134,9 +129,8 @@ test("requests: one at a time, urgent ones first, what nobody waits for leaves; 
     await gate;
     return { status: 200, headers, text: async () => '{"result": 1}' };
   });
-  let leave = new AbortController();
-  const signal = (path) => (path === "b" ? leave.signal : undefined);
-  const [a, b, c] = ["a", "b", "c"].map((path) => request(path, { signal: signal(path) }));
+  const leave = new AbortController();
+  const [a, b, c] = [request("a"), request("b", { signal: leave.signal }), request("c")];
   const urgent = [request("w", { urgent: true, form: () => [] }), request("x", { urgent: true })];
   leave.abort();
   assert.deepEqual(await b, { trouble: "dropped" });
@@ -145,22 +139,16 @@ test("requests: one at a time, urgent ones first, what nobody waits for leaves; 
   await Promise.all([c, ...urgent]);
   assert.deepEqual(sent, ["a", "w", "x", "c"]);
 
-  const busy = recorder(() => (leave.abort(), BUSY));
-  leave = new AbortController();
-  assert.deepEqual(await busy.request("/get_GNetInfo", { signal: leave.signal }), { trouble: "dropped" });
-  const answer = { ...START.GNet, strFD_UserPasswd: "", result: 1 };
-  const { values } = await read(recorder(() => [answer, 200, headers]).request, group("GNet"));
-  assert.deepEqual({ strFD_UserPasswd: "p", ...values }, START.GNet);
+  const late = new AbortController();
+  const busy = recorder(() => (late.abort(), BUSY));
+  assert.deepEqual(await busy.request("/get_GNetInfo", { signal: late.signal }), { trouble: "dropped" });
 });
 
-function wholeStatus(imei) {
-  const status = { result: 1 };
-  for (const place of statusPlaces) {
-    const names = place.split(".");
-    const last = names.pop();
-    names.reduce((part, name) => (part[name] ??= name === "list" ? [] : {}), status)[last] = "1";
-  }
-  status.gnet.strFD_GNetIMEI = imei;
+/** A status whose members hold their own places. */
+function wholeStatus() {
+  const status = { result: 1, disk: { list: [] } };
+  for (const place of statusPlaces)
+    place.split(".").reduce((part, name, n, names) => (part[name] ??= names[n + 1] ? {} : place), status);
   return status;
 }
 
@@ -171,14 +159,14 @@ test("the status is read again when a member is missing; a recorder is its IMEI,
     [(status) => (status.result = 0), "silent"],
     [() => {}, undefined],
   ]) {
-    const status = wholeStatus("1");
+    const status = wholeStatus();
     damage(status);
     const { request, log } = recorder(() => status);
     assert.equal((await readStatus(request)).trouble, trouble);
     assert.equal(log.length, trouble === "odd" ? 2 : 1);
   }
-  const { request } = recorder((path) => /System/.test(path) && wholeStatus("77"));
-  const who = { number: "BUS-1", imei: "77", clock: START.Base.strFD_CurTime };
+  const { request } = recorder((path) => /System/.test(path) && wholeStatus());
+  const who = { number: "BUS-1", imei: "gnet.strFD_GNetIMEI", clock: START.Base.strFD_CurTime };
   assert.deepEqual(await identify(request, { number: true }), who);
   for (const [imei, number, imei2, number2, same] of [
     ["1", "a", "1", "b", true],
@@ -197,10 +185,8 @@ test("settings file: what is not understood is told, numbers are text, networks 
   assert.ok(!("strFD_CurTime" in file.groups.BaseInfo));
   assert.deepEqual(writeOrder.map(({ cutsOff = false }) => cutsOff).slice(-3), [false, true, true]);
   const parse = (change) => parseFile(JSON.stringify({ ...file, ...change }));
-  assert.equal(parse({ version: 2 }).trouble, "newer");
   for (const change of [{ version: "1" }, { format: "x" }, { groups: null }])
     assert.equal(parse(change).trouble, "alien");
-  assert.equal(parseFile("{").trouble, "alien");
   const GNetInfo = { ucFD_NetType: 7, strFD_Apn: [], x: "" };
   const { wanted, strange } = parse({ groups: { GNetInfo, Y: {}, WifiInfo: 1 } });
   const told = "GNetInfo.strFD_Apn,type GNetInfo.x,unknown Y,unknown WifiInfo,type";

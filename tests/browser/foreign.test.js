@@ -16,16 +16,11 @@ const form = (attributes, fields = "") =>
 // What the foreign page holds, or runs.
 const PAGES = [
   `<img src="${TARGET}">`,
-  `<script src="${TARGET}"></script>`,
-  `<link rel="stylesheet" href="${TARGET}">`,
   `<iframe src="${TARGET}"></iframe>`,
   `<iframe sandbox="allow-forms allow-scripts" srcdoc='${form("method=post")}'></iframe>`,
   `<meta http-equiv="refresh" content="0;url=${TARGET}">`,
   form(""),
   form("method=post", '<input name="ucFD_WorkMode" value="0">'),
-  form("method=post enctype=text/plain"),
-  `<a rel="noreferrer" href="${TARGET}">x</a><script>document.links[0].click()</script>`,
-  `<script>location = "${TARGET}"</script>`,
   `<script>fetch("${TARGET}", { mode: "no-cors" })</script>`,
   `<script>fetch("${TARGET}", { mode: "no-cors", method: "POST", body: "ucFD_WorkMode=0" })</script>`,
   `<script>navigator.sendBeacon("${TARGET}", "ucFD_WorkMode=0")</script>`,
@@ -33,7 +28,6 @@ const PAGES = [
 
 const TOOLS = [
   ["curl", "-s", TARGET],
-  ["curl", "-s", "-d", "ucFD_WorkMode=0", TARGET],
   ["wget", "-qO-", TARGET],
   ["busybox", "wget", "-qO-", TARGET],
   ["python3", "-c", `import urllib.request as u; print(u.urlopen("${TARGET}").read())`],

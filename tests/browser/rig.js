@@ -47,12 +47,11 @@ class Recorder {
   }
 }
 
-const browsers = new Map();
-after(() => Promise.all([...browsers.values()].map((browser) => browser.close())));
+const browsers = {};
+after(() => Promise.all(Object.values(browsers).map((browser) => browser.close())));
 
 /** A browser is started once for each scheme. Nothing moves in it, so that no test sees a thing half way. */
 async function browserFor(browser, dark) {
-  const key = `${browser} ${dark}`;
   const scheme = dark ? 0 : 1;
   const chrome = ["--no-sandbox", "--disable-gpu", "--lang=en-US", "--force-prefers-reduced-motion"];
   const names = "--host-resolver-rules=MAP recorder.example.com 127.0.0.1";
@@ -62,8 +61,7 @@ async function browserFor(browser, dark) {
     executablePath: { chrome: "/usr/bin/chromium", firefox: "/usr/bin/firefox-esr" }[browser],
     env: { ...process.env, TZ: "Asia/Shanghai", HOME: tmpdir() },
   };
-  if (!browsers.has(key)) browsers.set(key, await puppeteer.launch({ browser, ...how }));
-  return browsers.get(key);
+  return (browsers[`${browser} ${dark}`] ??= await puppeteer.launch({ browser, ...how }));
 }
 
 // What the running test has; the tests of a file run one after the other.
@@ -72,8 +70,7 @@ export let page, recorder, daemon;
 export let sent;
 export const writes = () => sent.filter((url) => url.includes("/set_"));
 export async function startDaemon() {
-  const args = ["--port", "8080", "--web-root", process.env.WEB_ROOT];
-  daemon = await start(DAEMON, args, "Starting web server");
+  daemon = await start(DAEMON, ["--port", "8080", "--web-root", process.env.WEB_ROOT], "Starting web server");
 }
 export const stopDaemon = () => end(daemon);
 
@@ -92,10 +89,19 @@ export async function fill(selector, text) {
 export async function says(selector, pattern) {
   const text = (wanted) =>
     [...document.querySelectorAll(wanted)].map((each) => each.value || each.innerText).join("\n");
-  const look = `RegExp(${JSON.stringify(pattern.source)}, "${pattern.flags}").test((${text})(${JSON.stringify(selector)}))`;
   await page
-    .waitForFunction(look)
+    .waitForFunction(`${pattern}.test((${text})(${JSON.stringify(selector)}))`)
     .catch(async () => assert.match(await page.evaluate(text, selector), pattern, selector));
+}
+
+export const [submit, go] = [(id) => `#${id} button[type=submit]`, "dialog .primary"];
+
+/** Saves a form, answers a question if there is one, and waits for what is told. */
+export async function saveForm(id, told) {
+  await click(submit(id));
+  await page.waitForSelector(`dialog, #${id} .result:not(:empty)`);
+  if (await page.$("dialog")) await click(go);
+  await says(`#${id} .result`, told);
 }
 
 export async function open(place) {

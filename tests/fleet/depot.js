@@ -61,14 +61,12 @@ export class Depot {
 
   /** More vehicles; {n} in an option is each one's number. `daemonOptions` are those of their daemons. */
   async add(count, ...options) {
-    const first = this.hosts.length;
-    const numbers = Array.from({ length: count }, (_, n) => n + 1);
-    this.hosts.push(...numbers.map((n) => address(first + n)));
     const own = (n) => options.map((option) => option.replace("{n}", n));
-    await Promise.all(numbers.map((n) => this.drive(first + n - 1, own(n))));
+    await Promise.all(Array.from({ length: count }, (_, n) => this.drive(own(n + 1))));
   }
 
-  async drive(index, options) {
+  async drive(options) {
+    const index = this.hosts.push(address(this.hosts.length + 1)) - 1;
     const recorder = `${GATE}:${6001 + index}`;
     const kept = ["--listen", recorder, "--state", this.file(index)];
     this.children.push(await start(SIMULATOR, [...kept, ...options], "listening"));
