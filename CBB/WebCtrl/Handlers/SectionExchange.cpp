@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Handlers/SectionExchange.h"
 
+#include <tinyxml.h>
+
 #include "CBB/WebCtrl/Link/ControlLink.h"
 #include "CBB/WebCtrl/PrintLine.h"
 
@@ -18,9 +20,11 @@ int QueryRecord(CWebCtrl& controller, const char* section, const SectionImporter
     int replyLen = 0;
     if (controller.GetParaInfoByCmd(QueryText(section).c_str(), reply, &replyLen) != 0)
         return -1;
-    const Reply parsed(reply);
-    const TiXmlElement* element = parsed.Section();
-    return element != nullptr ? importer(task, element, &task.m_stPara) : -1;
+    TiXmlDocument parsed;
+    TiXmlElement* element = nullptr;
+    if (controller.GetParaSection(parsed, reply, &element) != 0)
+        return -1;
+    return importer(task, element, &task.m_stPara);
 }
 
 int SendSet(CWebCtrl& controller, ControlLink& link, const std::string& message, int* result) {

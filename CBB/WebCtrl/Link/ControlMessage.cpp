@@ -122,10 +122,6 @@ const char* Reply::Attribute(const char* name) const {
     return attribute != nullptr ? attribute->Value() : nullptr;
 }
 
-const TiXmlElement* Reply::Section() const {
-    return Action() != nullptr ? m_root->FirstChildElement() : nullptr;
-}
-
 int CWebCtrl::GetParaCmdType(const char* text, int* type) {
     PrintLine("----------------------CWebCtrl::GetParaCmdType, data:", Foreign{text}, ".\n");
     const Reply message(text);

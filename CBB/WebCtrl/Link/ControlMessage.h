@@ -60,8 +60,6 @@ public:
     const char* Result() const;
     // The value of the root's attribute of exactly this name, `Action` being the first one.
     const char* Attribute(const char* name) const;
-    // The root's first child element; null when there is none.
-    const TiXmlElement* Section() const;
 
 private:
     std::unique_ptr<TiXmlDocument> m_document;
