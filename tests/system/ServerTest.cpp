@@ -24,19 +24,15 @@ protected:
     }
 };
 
-std::string Times(int count, const std::string& text) {
-    std::string all;
-    for (int i = 0; i < count; ++i)
-        all += text;
-    return all;
-}
-
 TEST_F(Server, SendsBehindAFullSocket) {
     Daemon& daemon = Start();
     Shell("echo 4096 4096 4096 >/proc/sys/net/ipv4/tcp_wmem");
     Shell("echo 4096 65536 65536 >/proc/sys/net/ipv4/tcp_rmem");
     HttpClient full;
-    full.Send(Times(2000, "GET /get_cpu_usage HTTP/1.1\r\n\r\n"));
+    std::string requests; // at once: so many small segments would fill the daemon's socket
+    for (int i = 0; i < 2000; ++i)
+        requests += "GET /get_cpu_usage HTTP/1.1\r\n\r\n";
+    full.Send(requests);
     full.EndInput();
     // No more is answered than is read, but for a bit.
     size_t printed = 1;
@@ -53,14 +49,15 @@ TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {
     constexpr int kClients = 4, kPipelined = 3;
     HttpClient asking[kClients];
     for (HttpClient& each : asking)
-        each.Send(Times(kPipelined, Request("/get_VersionInfo")));
+        for (int i = 0; i < kPipelined; ++i)
+            each.Send(Request("/get_VersionInfo"));
     recorder.Receive();
     HttpClient newcomers[10], client;
     client.Send(Request("/page.html"));
     EXPECT_FALSE(recorder.HasMore(50)); // long enough for others to come before the next exchange
     recorder.Reply(kReply);
-    EXPECT_TRUE(client.Read().body ==
-                kPage); // the next one waits for its reply, and fails behind it
+    // The next one waits for its reply, and fails behind it.
+    EXPECT_TRUE(client.Read().body == kPage);
     for (int i = 1; i < kClients * kPipelined; ++i) {
         recorder.Receive();
         recorder.Reply(kReply);
