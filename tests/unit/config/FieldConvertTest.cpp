@@ -8,8 +8,8 @@
 
 TEST(FieldConvert, Addresses) {
     const std::pair<const char*, uint32_t> cases[] = {
-        {"1.2.3.400", INADDR_NONE}, {"0XfF", 255},     {"0x123456789", 0x23456789},
-        {"2147483648", 0x80000000}, {"4294967298", 2}, {"", 0},
+        {"255.2.3.400", INADDR_NONE}, {"0XfF", 255},     {"0x123456789", 0x23456789},
+        {"2147483648", 0x80000000},   {"4294967298", 2}, {"", 0},
     };
     uint32_t address = 0;
     for (const auto& [text, stored] : cases) {

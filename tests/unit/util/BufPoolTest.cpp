@@ -21,12 +21,16 @@ TEST(BufPool, WrapsAndTakesOnlyWhatFits) {
     EXPECT_EQ(1U, pool.Write("0", 9));
     EXPECT_EQ(10U, pool.Peek(out, 10));
     EXPECT_STREQ("1234567890", out);
-    EXPECT_EQ(40U, pool.Init(40) + pool.FreeSpace());
+    pool.Init(10);
+    EXPECT_EQ(0, pool.ReadU8()) << "nothing is left of what was written";
+    pool.Init(40);
+    EXPECT_EQ(40U, pool.Write(("z" + std::string(49, 'y')).c_str(), 50));
+    EXPECT_EQ('z', pool.ReadU8()) << "both positions are 0 again";
 }
 
 TEST(BufPool, LittleEndianIntegersAndEmptyRings) {
     CBufPool pool;
-    EXPECT_EQ(0, pool.ReadU8()) << "there is no storage yet";
+    EXPECT_EQ(0U, pool.ReadU8() + pool.FreeSpace()) << "there is no storage yet";
     EXPECT_EQ(0, pool.Init(5));
     pool.Write("\x80\xfe\xff", 3);
     EXPECT_EQ(0x80, pool.ReadU8());

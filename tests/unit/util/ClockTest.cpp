@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/Util/Clock.h"
 
-#include "CBB/Util/Handle.h"
 #include "CBB/Util/Semaphore.h"
 #include "tests/unit/Unit.h"
 
@@ -40,7 +39,7 @@ TEST(Clock, IsNotMovedBySettingTheTimeOfDay) {
         ClockStart();
         const int64_t start = SteadyMs();
         SleepMs(30);
-        EXPECT_EQ(kHandleTimedOut, SemTimedWait(semaphore, 30));
+        EXPECT_EQ(4100, SemTimedWait(semaphore, 30));
         EXPECT_GE(SteadyMs() - start, 58) << step;
         EXPECT_GE(ClockMs(), 58U) << step;
         EXPECT_LT(ClockMs(), 3600000U) << step;
@@ -64,8 +63,8 @@ TEST(Clock, ASignalShortensNoSleep) {
     const itimerval every = {{0, 7000}, {0, 7000}};
     setitimer(ITIMER_REAL, &every, nullptr);
     const int64_t start = SteadyMs();
-    SleepMs(80);
-    EXPECT_GE(SteadyMs() - start, 79);
+    SleepMs(1000);
+    EXPECT_GE(SteadyMs() - start, 999);
     signal(SIGALRM, SIG_IGN);
     EXPECT_GT(alarms, 0);
 }

@@ -10,9 +10,11 @@ TEST(FileFun, WholeFiles) {
     size_t size = 0;
     char text[32] = {};
     EXPECT_EQ(6, WriteWholeFile("longer", 6, file));
+    EXPECT_EQ(6, FileSize(file));
     EXPECT_EQ(0, ReplaceContentFile(file, "new"));
     const std::string before = FormatTimeText(time(nullptr), nullptr);
-    AppendTimestampedText(file, "more");
+    EXPECT_EQ("--------------strFile, data:more, size:4.\n",
+              Capture([file] { AppendTimestampedText(file, "more"); }).out);
     EXPECT_EQ(0, ReadWholeFile(text, 28, &size, file));
     EXPECT_EQ(FileSize(file), static_cast<int64_t>(size));
     std::replace(text, text + size, '/', '-');
@@ -26,6 +28,7 @@ TEST(FileFun, WholeFiles) {
     const auto fail = [&text] {
         EXPECT_EQ(-2, ReplaceContentFile("/", "x") + WriteWholeFile("xy", 2, "/"));
         EXPECT_EQ(-2, WriteWholeFile("xy", 2, "/dev/full") + ReadWholeFile(text, 8, nullptr, "/"));
+        EXPECT_EQ(-1, ReadWholeFile(text, 8, nullptr, "/none"));
     };
     EXPECT_EQ("ReplaceContentFile, fopen [/] failed.\nerr while open file, fullpath=/\n"
               "err while write file, fullpath=/dev/full, rc=0, except=2\nread file error\n",

@@ -42,10 +42,11 @@ TEST_F(NetDns, ServerAddress) {
         EXPECT_EQ(resolve("nowhere.test"), "-1 192.0.2.7 192.0.2.7");
         EXPECT_EQ(IsIfRunning("eth0"), 1);
         Shell("ip link set eth0 down");
-        EXPECT_EQ(IsIfRunning("eth0"), 0);
+        EXPECT_EQ(IsIfRunning("eth0") + IsIfRunning("eth7") + IsIfRunning(nullptr), 0);
         EXPECT_EQ(resolve("server.test"), "-1 192.0.2.7 192.0.2.7"); // the lock is taken
         EXPECT_EQ(resolve("10.1.2.3"), "0 10.1.2.3 10.1.2.3");
         EXPECT_EQ(resolve("1234567890.1234567"), "-1 1234567890.1234 0.0.0.0");
+        EXPECT_EQ(IsDomainName("") + IsDomainName("1.2") + IsDomainName("a.1"), 0);
         EXPECT_EQ(resolve("") + resolve(nullptr), "-1  0.0.0.0-1  0.0.0.0");
         EXPECT_EQ(ResolveServerAddress("10.1.2.3", nullptr, nullptr), 0);
         return 0; // what fails here is printed

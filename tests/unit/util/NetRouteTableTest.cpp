@@ -21,9 +21,20 @@ TEST_F(NetRouteTable, LeadsToAnInterface) {
     const auto through = [] {
         EXPECT_EQ(GetDstAddrRouteIfAddr(Ip("192.168.50.9")), Ip("192.168.50.2"));
     };
-    EXPECT_NE(Capture(through).out.find("LINE:1134, strIfName:eth0.\n"), std::string::npos);
+    const std::string line = "-----FUN:GetDstAddrRouteIfAddr, LINE:", eth0 = ", strIfName:eth0.\n";
+    const auto row = [&line](const char* mask, const char* dst) {
+        return line + "1126, uiDstIp:0x932a8c0, inetmask.s_addr:0x" + mask + ", destion.s_addr:0x" +
+               dst + ".\n";
+    };
+    EXPECT_EQ(Capture(through).out, row("0", "0") + line + "1144" + eth0 + row("0", "0") + line +
+                                        "1144, strIfName:wlan0.\n" + row("ffffff", "a") +
+                                        row("ffffff", "32a8c0") + line + "1134" + eth0 + line +
+                                        "1150" + eth0);
     EXPECT_STREQ(GetDefaultRouteIfAddrText(), "10.0.0.2");
     Shell("ip addr flush dev eth0 && ip addr flush dev wlan0");
-    EXPECT_EQ(Capture([] { EXPECT_EQ(GetDstAddrRouteIfAddr(1), INADDR_NONE); }).err,
-              "can not get route table\n");
+    const auto without = [&name] {
+        EXPECT_EQ(GetDstAddrRouteIfAddr(1), INADDR_NONE);
+        EXPECT_EQ(PrintRouteTable() + GetRouteIfName("10.0.0.9", name), -1);
+    };
+    EXPECT_EQ(Capture(without).err, Repeat(3, "can not get route table\n"));
 }

@@ -17,18 +17,20 @@ static std::string DefaultRoutes(int capacity) {
 
 TEST_F(NetRoute, DefaultRoutesComeAndGo) {
     Shell("ip link add wlan0 type veth peer name wlan1 && ip link set wlan1 up && "
-          "ip addr add 10.0.0.2/24 dev wlan0 && ip link set wlan0 up");
+          "ip addr add 10.0.0.2/24 dev wlan0 && ip link set wlan0 up && "
+          "ip route add 10.9.0.0/16 via 10.0.0.1");
     ReplaceFile("/etc/resolv.conf", "# none\n");
     const std::string set = "SetRoute, [0x132a8c0] - [192.168.50.1], Action=";
     const std::string ok = "SetRoute ioctl ok, SIOC[ADD|DEL]RT, iRequest=0x890";
+    EXPECT_EQ(SetRoute("eth7", Ip("192.168.50.1"), 1), 0); // refused, which only the console tells
     EXPECT_EQ(Told([] { return SetRoute("eth0", Ip("192.168.50.1"), 1); }),
               "0 " + set + "1\n" + ok + "b. \n");
-    EXPECT_EQ(SetRoute("eth7", Ip("192.168.50.1"), 1), 0); // refused, which only the console tells
     Shell("ip route append default via 10.0.0.1 dev wlan0");
     EXPECT_EQ(DefaultRoutes(1), "eth0=192.168.50.1 ");
     EXPECT_EQ(DefaultRoutes(3), "eth0=192.168.50.1 wlan0=10.0.0.1 ");
     EXPECT_EQ(Found(GetIfGateway, "wlan0"), "0 10.0.0.1");
     EXPECT_EQ(Found(GetIfGateway, "lo"), "0 0.0.0.0");
+    EXPECT_EQ(Found(GetIfGateway, nullptr), "-1 0.0.0.7");
     EXPECT_EQ(Found(GetIfNetRoute, "wlan0"), "0 10.0.0.0");
 
     const std::string row = ": ifName=eth0, flgs:3, dest:0, mask:0, gatew:0x132a8c0.\n";
@@ -57,11 +59,15 @@ TEST_F(NetRoute, TheTableCannotBeRead) {
 TEST(RouteEntry, IsChecked) {
     const auto build = [](const char* dst, const char* mask, const char* gateway, int host = 0) {
         return Told([=, route = rtentry()]() mutable {
-            return BuildRoute(dst, Ip(mask), gateway, static_cast<uint16_t>(RTF_UP | host), &route);
+            const auto flags = static_cast<uint16_t>(RTF_UP | host);
+            const auto& genmask = reinterpret_cast<const sockaddr_in&>(route.rt_genmask);
+            return BuildRoute(dst, Ip(mask), gateway, flags, &route)
+                       ? route.rt_flags + static_cast<int>(ntohl(genmask.sin_addr.s_addr))
+                       : 0;
         });
     };
     const std::string bad = "0 SetRoute failed, resolving ", set = "0 SetRoute, ";
-    EXPECT_EQ(build("10.1.0.0", "255.255.0.0", "10.0.0.1"), "1 ");
+    EXPECT_EQ(build("10.1.0.0", "255.255.0.0", "10.0.0.1"), "-65533 "); // 0xffff0000 + 3
     EXPECT_EQ(build("x", "0.0.0.0", "10.0.0.1"), bad + "default");
     EXPECT_EQ(build("default", "0.0.0.0", "x"), bad + "x\n");
     EXPECT_EQ(build("default", "0.0.0.0", "default"), "0 error");

@@ -18,7 +18,7 @@ TEST(NetText, RouteLines) {
     EXPECT_EQ(names(eight, kRouteDeletion), "eth0 ");
     EXPECT_EQ(names(eight, kRouteLookup), "");
     EXPECT_EQ(names(std::string(225, ' ') + good, kRouteDeletion), ""); // cut in two
-    EXPECT_EQ(names(std::string(80, 'n') + good, kRouteList), std::string(63, 'n') + " ");
+    EXPECT_EQ(names(std::string(80, 'n') + eight, kRouteList), std::string(63, 'n') + " ");
     EXPECT_EQ(names({"\0\n\n \neth0 FFFFFFFFFFFFFFFFFF 0 1 0 0 0 0\n", 38}, kRouteList), "");
 }
 

@@ -14,7 +14,7 @@ TEST(Printable, ShowsNoControlCharactersAndNoSecrets) {
         {"strFD_DevicePass=\"cut off", "strFD_DevicePass=\"***"},
         {"id='=' strFD_Passwd=\"\"", "id='=' strFD_Passwd=\"***\""},
         {"id='a strFD_Passwd=\"' strFD_Passwd=\"x\"", "id='***' strFD_Passwd=\"***\""},
-        {"id=\"q\" z='\" strFD_Passwd=\"x\"", "id=\"q\" z='***"},
+        {"name=\"q\" z='\" strFD_Passwd=\"x\"", "name=\"q\" z='***"},
         {"=", "="},
     };
     for (const auto& [text, shown] : masked) {

@@ -5,15 +5,22 @@
 
 TEST(TextFun, WhatATextIs) {
     // The text, and whether it is an address, hex, an integer.
-    const std::tuple<const char*, int, int, int> cases[] = {
-        {"1.2.3.255", 1, 0, 0}, {"1.2.3.256", 0, 0, 0},
-        {"...", 1, 0, 0},       {"1.2.3.4.", 0, 0, 0},
-        {"1.2.3.a", 0, 0, 0},   {"", 0, 0, 1},
-        {"-", 0, 0, 1},         {"-12", 0, 0, 1},
-        {"1-2", 0, 0, 0},       {"0x", 0, 0, 0},
-        {"0x1", 0, 1, 0},       {"0XfA", 0, 1, 0},
-        {"0xg", 0, 0, 0},       {"1x1", 0, 0, 0},
-        {nullptr, 0, 0, 0},     {"1.2.3.4294967297", 0, 0, 0}};
+    const std::tuple<const char*, int, int, int> cases[] = {{"255.255.3.25", 1, 0, 0},
+                                                            {"1.2.3.256", 0, 0, 0},
+                                                            {"...", 1, 0, 0},
+                                                            {"1.2.3.4.", 0, 0, 0},
+                                                            {"1.2.3.a", 0, 0, 0},
+                                                            {"", 0, 0, 1},
+                                                            {"-", 0, 0, 1},
+                                                            {"-12", 0, 0, 1},
+                                                            {"1-2", 0, 0, 0},
+                                                            {"0x", 0, 0, 0},
+                                                            {"0x1", 0, 1, 0},
+                                                            {"0X09afAF", 0, 1, 0},
+                                                            {"0xg", 0, 0, 0},
+                                                            {"1x1", 0, 0, 0},
+                                                            {nullptr, 0, 0, 0},
+                                                            {"1.2.3.4294967297", 0, 0, 0}};
     for (const auto& [text, ipv4, hex, integer] : cases)
         EXPECT_EQ(std::tuple(ipv4, hex, integer),
                   std::tuple(IsIpv4Text(text), IsHexText(text), IsIntegerText(text)))
@@ -23,7 +30,12 @@ TEST(TextFun, WhatATextIs) {
     char number[7];
     EXPECT_STREQ("-12345", IntToText(-1234567, number));
     in_addr_t addr = 0;
-    EXPECT_EQ("MyGetHostByName, HostName :127.0.0.9/nMyGetHostByName, IP Address :127.0.0.9/n",
-              Capture([&addr] { EXPECT_EQ(0, MyGetHostByName("127.0.0.9", &addr)); }).out);
+    const auto ask = [&addr] {
+        EXPECT_EQ(0, MyGetHostByName("127.0.0.9", &addr));
+        EXPECT_EQ(-1, MyGetHostByName("::1", &addr));
+    };
+    EXPECT_EQ("MyGetHostByName, HostName :127.0.0.9/nMyGetHostByName, IP Address :127.0.0.9/n"
+              "MyGetHostByName, Can't Get IP From Domain:::1./n",
+              Capture(ask).out);
     EXPECT_EQ(htonl(0x7F000009), addr);
 }

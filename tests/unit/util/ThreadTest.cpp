@@ -2,7 +2,6 @@
 #include "CBB/Util/Thread.h"
 
 #include "CBB/Util/Event.h"
-#include "CBB/Util/Handle.h"
 #include "tests/unit/Unit.h"
 
 static size_t g_stack;
@@ -21,7 +20,7 @@ static void* MeasureAndWait(void* measured) {
 TEST(Thread, HasItsStackAndStopsWhereItWaits) {
     Event measured;
     ThreadHandle* thread = nullptr;
-    EXPECT_EQ(kHandleNoThread, ThreadCreate(MeasureAndWait, &measured, &thread, 1));
+    EXPECT_EQ(1, ThreadCreate(MeasureAndWait, &measured, &thread, 1));
     for (const size_t asked : {0, 0x200000}) {
         const auto create = asked != 0 ? ThreadCreateSystemScope : ThreadCreate;
         ASSERT_EQ(0, create(MeasureAndWait, &measured, &thread, asked));

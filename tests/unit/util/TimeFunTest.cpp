@@ -23,6 +23,7 @@ TEST(TimeFun, DatesAreThoseOfTheCLibrary) {
     };
     EXPECT_EQ("2024-3-31\n", Capture(sundays).out);
     EXPECT_EQ(28, DaysInMonth(1900, 2));
+    EXPECT_EQ(29, DaysInMonth(2000, 2));
     EXPECT_EQ(31, DaysInMonth(2024, 13));
 }
 
@@ -47,6 +48,7 @@ TEST(TimeFun, LocalTimesThereAndBack) {
         TIME_S human;
         TimeUnixToHuman(t, &human);
         EXPECT_EQ(t + later, TimeHumanToUnix(human)) << zone << ' ' << text;
+        EXPECT_EQ(atoi(text), 2000 + human.usYear);
     }
     setenv("TZ", "<+08>-8", 1);
     for (const time_t now = time(nullptr); now == time(nullptr);)
@@ -55,11 +57,16 @@ TEST(TimeFun, LocalTimesThereAndBack) {
     TIME_S human;
     EXPECT_EQ("Invalid UTC time,do not set time before 1970-1-1 00:00:00.",
               Capture([&human] { TimeUnixToHuman(-1, &human); }).out);
-    const int64_t start = MicrosSince(0), wrapped = 3000000000 - 0x100000000;
-    MicroTimer timer = {static_cast<uint32_t>(start / 1000000 - 3000),
-                        static_cast<uint32_t>(start % 1000000), 0, 0};
-    const int64_t elapsed = TimerElapsedUs(&timer, true);
-    EXPECT_GE(elapsed, wrapped);
-    EXPECT_LE(elapsed, wrapped + MicrosSince(start));
+    EXPECT_EQ(0, human.usSecond);
+    const int64_t start = MicrosSince(0), wrapped = 3000000000 - 0x100000000 + start % 1000000;
+    MicroTimer timer = {static_cast<uint32_t>(start / 1000000 - 3000), 0, 0, 0};
+    for (const bool restart : {false, true}) {
+        const int64_t elapsed = TimerElapsedUs(&timer, restart);
+        EXPECT_GE(elapsed, wrapped);
+        EXPECT_LE(elapsed, wrapped + MicrosSince(start));
+    }
+    EXPECT_LE(TimerElapsedUs(&timer, false) + 0ULL, MicrosSince(start) + 0ULL) << "restarted";
+    EXPECT_GE(MicrosSince(-start), 2 * start);
+    EXPECT_STREQ("", FormatTimeText(std::numeric_limits<time_t>::max(), nullptr));
     EXPECT_DEATH(TimeUnixToHuman(std::numeric_limits<time_t>::max(), &human), "ret!=__null");
 }

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/WebCtrl.h"
 
-#include <sys/resource.h>
-
 #include "tests/unit/webctrl/Taken.h"
 
 using WebCtrl = InSandbox;

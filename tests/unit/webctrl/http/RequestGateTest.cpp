@@ -32,7 +32,7 @@ TEST(RequestGate, ReadsARequestInOneWay) {
         {"\r\n\nGET /a?b=c HTTP/1.1\nHost: h\n\nX", "GET /a?b=c [] more"},
         {"HEAD / HTTP/1.0\r\n\r\n", "HEAD /? [] closes head"},
         {kGet + "Connection: keep-alive ,\tx,Close\r\n\r\n", "GET /? [] closes"},
-        {kGet + "Connection: closed\r\nA:\tb\tc \r\n\r\n", "GET /? []"},
+        {kGet + "Connection: closed\r\n!#$%&'*+-.^_`|~9z:\tb\tc \r\n\r\n", "GET /? []"},
         {"OPTIONS * HTTP/1.1\r\n\r\n", "OPTIONS *? []"},
         {"GET /?%00 HTTP/1.1\r\n\r\n", "GET /?%00 []"},
         {"GET http://h/a?b HTTP/1.1\r\nHost: H\r\n\r\n", "GET /a?b []"},
