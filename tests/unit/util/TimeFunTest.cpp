@@ -22,9 +22,8 @@ TEST(TimeFun, DatesAreThoseOfTheCLibrary) {
             EXPECT_EQ(day, NthSundayOfMonth(2024, 3, n)) << n;
     };
     EXPECT_EQ("2024-3-31\n", Capture(sundays).out);
-    EXPECT_EQ(28, DaysInMonth(1900, 2));
-    EXPECT_EQ(29, DaysInMonth(2000, 2));
-    EXPECT_EQ(31, DaysInMonth(2024, 13));
+    EXPECT_EQ(std::tuple(28, 29, 31),
+              std::tuple(DaysInMonth(1900, 2), DaysInMonth(2000, 2), DaysInMonth(2024, 13)));
 }
 
 TEST(TimeFun, LocalTimesThereAndBack) {

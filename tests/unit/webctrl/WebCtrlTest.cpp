@@ -16,9 +16,10 @@ TEST_F(WebCtrl, StartsAgainAfterTheServerEnded) {
         EXPECT_EQ(Capture(start).out.find("already started"), std::string::npos);
         EXPECT_EQ(controller.Stop(), 0);
     }
-    controller.SetCtrlAddr("192.0.2.7", 6000);
+    controller.SetCtrlAddr("192.0.2.7", 6001);
     EXPECT_EQ(controller.Restart(), 0);
     EXPECT_STREQ(controller.DestinationIp(), "127.0.0.1");
+    EXPECT_EQ(controller.DestinationPort(), 6001);
     EXPECT_EQ(controller.Stop(), 0);
 }
 
