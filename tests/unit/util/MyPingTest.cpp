@@ -5,10 +5,12 @@
 
 // PingHost in a process of that id, in a namespace where every id is free: 0 for `result`.
 static int PingAs(pid_t pid, const char* host, int result) {
-    return unshare(CLONE_NEWPID) != 0 ? 1 : RunInChild([&] {
+    const auto ping = [&] { return getpid() != pid || PingHost(host) != result; };
+    const auto first = [&] {
         std::ofstream("/proc/sys/kernel/ns_last_pid") << pid - 1 << std::flush;
-        return RunInChild([&] { return getpid() == pid && PingHost(host) == result ? 0 : 1; });
-    });
+        return RunInChild(ping) != 0;
+    };
+    return unshare(CLONE_NEWPID) != 0 || RunInChild(first) != 0;
 }
 
 using MyPing = InSandbox;
@@ -41,9 +43,8 @@ TEST_F(MyPing, ReportTellsWhetherTheHostAnswers) {
                 [&row] { return PingAs(std::get<0>(row), std::get<1>(row), std::get<2>(row)); });
             EXPECT_EQ(ping.status, 0) << host;
             found = ping.out + ping.err.substr(0, ping.err.find(':'));
-            const size_t time = found.find("rtt=");
-            const double ms = time != std::string::npos ? atof(&found[time + 4]) : -1;
-            if (ms >= 0 && ms < 100)
+            if (const size_t time = found.find("rtt=");
+                time != std::string::npos && strtoul(&found[time + 4], nullptr, 10) < 100)
                 found.replace(time, found.find(" ms", time) - time, "rtt=#");
         } while (found != told && ++attempts < 20);
         EXPECT_EQ(found, told);
