@@ -32,5 +32,7 @@ TEST(DebugPrint, IsCutAndCanBeSilenced) {
     EXPECT_EQ("Debug[4]-enable=0\n", Capture(DebugMoreVerbose).out);
     EXPECT_EQ("", Capture(print).out);
     DebugSetEnable(1);
+    DebugSetLevel(1);
+    DebugMoreVerbose();
     EXPECT_EQ("Debug[0]-enable=1\n", Capture(DebugMoreVerbose).out);
 }

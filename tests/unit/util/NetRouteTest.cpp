@@ -38,7 +38,7 @@ TEST_F(NetRoute, DefaultRoutesComeAndGo) {
                                 row + set + "2\n" + ok + "c. \nDelRoute, Get: ifName=wlan0,";
     EXPECT_EQ(Told([] { return DelRoute("eth0"); }).substr(0, deleted.size()), deleted);
     EXPECT_EQ(DefaultRoutes(3), "wlan0=10.0.0.1 ");
-    EXPECT_EQ(DelRoute(nullptr), -1);
+    EXPECT_EQ(DelRoute(nullptr) + SetDefaultGateway(nullptr, 1), -3);
     EXPECT_EQ(SetDefaultGateway("eth0", Ip("192.168.50.1")), 0);
     EXPECT_EQ(DefaultRoutes(3), "eth0=192.168.50.1 ");
     Shell("printf 'nameserver 8.8.8.8\\nnameserver 8.8.4.4\\n' | cmp - /etc/resolv.conf");
@@ -61,9 +61,8 @@ TEST(RouteEntry, IsChecked) {
         return Told([=, route = rtentry()]() mutable {
             const auto flags = static_cast<uint16_t>(RTF_UP | host);
             const auto& genmask = reinterpret_cast<const sockaddr_in&>(route.rt_genmask);
-            return BuildRoute(dst, Ip(mask), gateway, flags, &route)
-                       ? route.rt_flags + static_cast<int>(ntohl(genmask.sin_addr.s_addr))
-                       : 0;
+            const bool built = BuildRoute(dst, Ip(mask), gateway, flags, &route);
+            return built ? route.rt_flags + static_cast<int>(ntohl(genmask.sin_addr.s_addr)) : 0;
         });
     };
     const std::string bad = "0 SetRoute failed, resolving ", set = "0 SetRoute, ";
@@ -71,8 +70,8 @@ TEST(RouteEntry, IsChecked) {
     EXPECT_EQ(build("x", "0.0.0.0", "10.0.0.1"), bad + "default");
     EXPECT_EQ(build("default", "0.0.0.0", "x"), bad + "x\n");
     EXPECT_EQ(build("default", "0.0.0.0", "default"), "0 error");
-    EXPECT_EQ(build("10.1.0.1", "255.255.0.0", "10.0.0.1", RTF_HOST),
-              set + "netmask ffff0000 and host route conflict\n");
+    EXPECT_EQ(build("10.1.0.0", "255.255.255.254", "10.0.0.1", RTF_HOST),
+              set + "netmask fffffffe and host route conflict\n");
     EXPECT_EQ(build("10.1.0.0", "255.0.255.0", "10.0.0.1"), set + "bogus netmask ff00ff00");
     EXPECT_EQ(build("10.1.0.1", "255.255.0.0", "10.0.0.1"),
               set + "netmask and route address conflict");
