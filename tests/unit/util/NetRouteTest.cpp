@@ -60,13 +60,12 @@ TEST(RouteEntry, IsChecked) {
     const auto build = [](const char* dst, const char* mask, const char* gateway, int host = 0) {
         return Told([=, route = rtentry()]() mutable {
             const auto flags = static_cast<uint16_t>(RTF_UP | host);
-            const auto& genmask = reinterpret_cast<const sockaddr_in&>(route.rt_genmask);
             const bool built = BuildRoute(dst, Ip(mask), gateway, flags, &route);
-            return built ? route.rt_flags + static_cast<int>(ntohl(genmask.sin_addr.s_addr)) : 0;
+            return built ? route.rt_flags + static_cast<uint8_t>(route.rt_genmask.sa_data[3]) : 0;
         });
     };
     const std::string bad = "0 SetRoute failed, resolving ", set = "0 SetRoute, ";
-    EXPECT_EQ(build("10.1.0.0", "255.255.0.0", "10.0.0.1"), "-65533 "); // 0xffff0000 + 3
+    EXPECT_EQ(build("10.1.0.0", "255.255.0.0", "10.0.0.1"), "258 "); // mask byte and flags
     EXPECT_EQ(build("x", "0.0.0.0", "10.0.0.1"), bad + "default");
     EXPECT_EQ(build("default", "0.0.0.0", "x"), bad + "x\n");
     EXPECT_EQ(build("default", "0.0.0.0", "default"), "0 error");
