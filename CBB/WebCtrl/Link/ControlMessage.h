@@ -44,7 +44,7 @@ private:
     std::string m_text;
 };
 
-// A received control message, parsed. The texts and elements that it gives live as long as it does.
+// A received control message, parsed. The texts that it gives live as long as it does.
 class Reply {
 public:
     // `text` is NUL-terminated. A text that is no control message has nothing to give.

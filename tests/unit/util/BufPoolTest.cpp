@@ -23,7 +23,7 @@ TEST(BufPool, WrapsAndTakesOnlyWhatFits) {
     EXPECT_STREQ("1234567890", out);
     pool.Init(10);
     EXPECT_EQ(0, pool.ReadU8()) << "nothing is left of what was written";
-    pool.Init(40);
+    EXPECT_EQ(0, pool.Init(40));
     EXPECT_EQ(40U, pool.Write(("z" + std::string(49, 'y')).c_str(), 50));
     EXPECT_EQ('z', pool.ReadU8()) << "both positions are 0 again";
 }

@@ -43,7 +43,7 @@ TEST_F(MyPing, ReportTellsWhetherTheHostAnswers) {
                 [&row] { return PingAs(std::get<0>(row), std::get<1>(row), std::get<2>(row)); });
             EXPECT_EQ(ping.status, 0) << host;
             found = ping.out + ping.err.substr(0, ping.err.find(':'));
-            if (const size_t time = found.find("rtt=");
+            if (const size_t time = found.find("rtt="); // a plausible one
                 time != std::string::npos && strtoul(&found[time + 4], nullptr, 10) < 100)
                 found.replace(time, found.find(" ms", time) - time, "rtt=#");
         } while (found != told && ++attempts < 20);

@@ -25,15 +25,15 @@ TEST_F(NetIf, IsReadAndChanged) {
         {[] { return setuid(65534); }, "ioctl SIOCSIFFLAGS failed(Operation not permitted)",
          " ioctl failed, SIOC[ADD|DEL]RT, iRequest=35083, err:Operation not permitted. \n", -1},
     };
-    for (const auto& [prevent, address, route, results] : prevented)
-        EXPECT_EQ(Told([&, call = prevent] {
-                      return static_cast<int8_t>(WEXITSTATUS(RunInChild([&] {
-                          call();
-                          return SetMacAddress("eth0", mac) + SetRoute("eth0", 1, 1);
-                      })));
-                  }),
-                  std::to_string(results) + " SetMacAddress " + address +
-                      "SetRoute, [0x1] - [1.0.0.0], Action=1\nSetRoute" + route);
+    for (const auto& [prevent, address, route, results] : prevented) {
+        const Captured child = CaptureInChild([&mac, call = prevent] {
+            call();
+            return SetMacAddress("eth0", mac) + SetRoute("eth0", 1, 1);
+        });
+        EXPECT_EQ(child.out, std::string("SetMacAddress ") + address +
+                                 "SetRoute, [0x1] - [1.0.0.0], Action=1\nSetRoute" + route);
+        EXPECT_EQ(static_cast<int8_t>(WEXITSTATUS(child.status)), results);
+    }
     const uint32_t start = ClockMs();
     EXPECT_EQ(SetMacAddress("eth0", mac), 0);
     EXPECT_GE(ClockMs() - start, 999U) << "a driver had no time to settle";

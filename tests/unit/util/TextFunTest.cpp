@@ -5,22 +5,15 @@
 
 TEST(TextFun, WhatATextIs) {
     // The text, and whether it is an address, hex, an integer.
-    const std::tuple<const char*, int, int, int> cases[] = {{"255.255.3.25", 1, 0, 0},
-                                                            {"1.2.3.256", 0, 0, 0},
-                                                            {"...", 1, 0, 0},
-                                                            {"1.2.3.4.", 0, 0, 0},
-                                                            {"1.2.3.a", 0, 0, 0},
-                                                            {"", 0, 0, 1},
-                                                            {"-", 0, 0, 1},
-                                                            {"-12", 0, 0, 1},
-                                                            {"1-2", 0, 0, 0},
-                                                            {"0x", 0, 0, 0},
-                                                            {"0x1", 0, 1, 0},
-                                                            {"0X09afAF", 0, 1, 0},
-                                                            {"0xg", 0, 0, 0},
-                                                            {"1x1", 0, 0, 0},
-                                                            {nullptr, 0, 0, 0},
-                                                            {"1.2.3.4294967297", 0, 0, 0}};
+    const std::tuple<const char*, int, int, int> cases[] = {
+        {"255.2.255.1", 1, 0, 0}, {"1.2.3.256", 0, 0, 0},
+        {"...", 1, 0, 0},         {"1.2.3.4.", 0, 0, 0},
+        {"1.2.3.a", 0, 0, 0},     {"", 0, 0, 1},
+        {"-", 0, 0, 1},           {"-12", 0, 0, 1},
+        {"1-2", 0, 0, 0},         {"0x", 0, 0, 0},
+        {"0x1", 0, 1, 0},         {"0X09afAF", 0, 1, 0},
+        {"0xg", 0, 0, 0},         {"1x1", 0, 0, 0},
+        {nullptr, 0, 0, 0},       {"1.2.3.4294967297", 0, 0, 0}};
     for (const auto& [text, ipv4, hex, integer] : cases)
         EXPECT_EQ(std::tuple(ipv4, hex, integer),
                   std::tuple(IsIpv4Text(text), IsHexText(text), IsIntegerText(text)))
