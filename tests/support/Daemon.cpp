@@ -54,10 +54,6 @@ Daemon::~Daemon() {
     close(m_log);
 }
 
-std::string Daemon::Output() const {
-    return TextOf(m_log);
-}
-
 void Daemon::WaitFor(const std::string& text, size_t from) {
     EXPECT_TRUE(ComesTrue([&] { return Output().find(text, from) != std::string::npos; }))
         << "not printed: " << text;
@@ -80,8 +76,7 @@ int Daemon::Wait() {
 }
 
 void SystemTest::SetUp() {
-    std::string error;
-    ASSERT_TRUE(EnterSandbox(&error)) << error;
+    EnterSandbox();
     char folder[] = "/tmp/webctrl-test-XXXXXX";
     ASSERT_NE(mkdtemp(folder), nullptr);
     m_folder = folder;

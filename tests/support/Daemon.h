@@ -27,7 +27,7 @@ public:
     // Waits until its output, standard output and error together, has `text` from byte `from` on;
     // fails the test after 10 s.
     void WaitFor(const std::string& text, size_t from = 0);
-    std::string Output() const;
+    std::string Output() const { return TextOf(m_log); }
     int Descriptors() const;
     // Whether it comes to have that many descriptors within 10 s: closing takes the server a
     // moment.

@@ -52,19 +52,3 @@ void Recorder::Reply(const std::string& text) {
                      reinterpret_cast<const sockaddr*>(&m_peer), sizeof(m_peer)),
               static_cast<ssize_t>(text.size()));
 }
-
-std::string QueryMessage(const std::string& element) {
-    return "<VariCfgSec Action=\"DEVICE_QUERY\"><" + element + "></VariCfgSec>";
-}
-
-std::string SetMessage(const std::string& element) {
-    return "<VariCfgSec Action=\"DEVICE_SET\">" + element + "</VariCfgSec>";
-}
-
-std::string QueryReply(const std::string& section) {
-    return "<VariCfgSec Action=\"DEVICE_QUERY\" Result=\"0\">" + section + "</VariCfgSec>";
-}
-
-std::string SetReply(int result) {
-    return "<VariCfgSec Action=\"DEVICE_SET\" Result=\"" + std::to_string(result) + "\"/>";
-}

@@ -26,10 +26,16 @@ private:
     sockaddr_in m_peer;
 };
 
-// The datagrams that ask for an element and write one.
-std::string QueryMessage(const std::string& element);
-std::string SetMessage(const std::string& element);
-// `<VariCfgSec Action="DEVICE_QUERY" Result="0">SECTION</VariCfgSec>`
-std::string QueryReply(const std::string& section);
-// `<VariCfgSec Action="DEVICE_SET" Result="RESULT"/>`
-std::string SetReply(int result);
+// The datagrams that ask for an element and write one, and what they are replied.
+inline std::string QueryMessage(const std::string& element) {
+    return "<VariCfgSec Action=\"DEVICE_QUERY\"><" + element + "></VariCfgSec>";
+}
+inline std::string SetMessage(const std::string& element) {
+    return "<VariCfgSec Action=\"DEVICE_SET\">" + element + "</VariCfgSec>";
+}
+inline std::string QueryReply(const std::string& section) {
+    return "<VariCfgSec Action=\"DEVICE_QUERY\" Result=\"0\">" + section + "</VariCfgSec>";
+}
+inline std::string SetReply(int result) {
+    return "<VariCfgSec Action=\"DEVICE_SET\" Result=\"" + std::to_string(result) + "\"/>";
+}

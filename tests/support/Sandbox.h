@@ -10,9 +10,9 @@
 //   here   lo up;  eth0  = 192.168.50.2/24, broadcast 192.168.50.255
 //   peer   lo up;  peer0 = 192.168.50.1/24, the other end of that cable
 // Both ends are up and running on return. Everything vanishes with the process. An ordinary user
-// becomes root of a user namespace first. False, with the reason in *error, where the kernel or its
-// policy allows neither.
-bool EnterSandbox(std::string* error);
+// becomes root of a user namespace first. Ends the process where the kernel or its policy allows
+// neither.
+void EnterSandbox();
 
 // Runs a shell command; fails the current test unless it succeeds.
 void Shell(const std::string& command);
