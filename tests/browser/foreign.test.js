@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // Pages of another site, on this machine as well so that the browser itself hinders nothing: whatever
-// they make it send, no setting is written. Programs that are no browsers write as ever.
+// they make it send, no setting is written. A program that is no browser writes as ever.
 
 import assert from "node:assert/strict";
-import { execFile } from "node:child_process";
+import { execFileSync } from "node:child_process";
 import { createServer } from "node:http";
 import { setTimeout as pause } from "node:timers/promises";
-import { promisify } from "node:util";
 import { ADDRESS, daemon, inBrowser, page, recorder, says } from "./rig.js";
 
 const TARGET = `${ADDRESS}/set_WifiInfo`;
@@ -26,13 +25,6 @@ const PAGES = [
   `<script>navigator.sendBeacon("${TARGET}", "ucFD_WorkMode=0")</script>`,
 ];
 
-const TOOLS = [
-  ["curl", "-s", TARGET],
-  ["wget", "-qO-", TARGET],
-  ["busybox", "wget", "-qO-", TARGET],
-  ["python3", "-c", `import urllib.request as u; print(u.urlopen("${TARGET}").read())`],
-];
-
 /** Counts how often a child prints a text from now on. */
 function counter({ stdout }, text) {
   let all = "";
@@ -40,7 +32,7 @@ function counter({ stdout }, text) {
   return () => all.split(text).length - 1;
 }
 
-inBrowser("no other site's page writes, and tools do", { options: ["--verbose"] }, async () => {
+inBrowser("no other site's page writes, and a tool does", { options: ["--verbose"] }, async () => {
   const refused = counter(daemon, "DoHttpRequest, refused");
   const written = counter(recorder.child, 'DEVICE_SET"><stWifi');
   let [html, policy] = [];
@@ -56,11 +48,8 @@ inBrowser("no other site's page writes, and tools do", { options: ["--verbose"] 
       }
     }
     assert.equal(written(), 0);
-    for (const [sent, [program, ...args]] of TOOLS.entries()) {
-      const { stdout } = await promisify(execFile)(program, args);
-      assert.match(stdout, /"result": 1 /, program);
-      assert.equal(written(), sent + 1, program);
-    }
+    assert.match(execFileSync("curl", ["-s", TARGET]).toString(), /"result": 1 /); // no browser
+    while (written() === 0) await pause(20);
     await page.goto("http://recorder.example.com:8080/"); // by such a name the page itself is another site's
     await says("#banner", /use its IP address/);
   } finally {
