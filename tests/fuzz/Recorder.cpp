@@ -16,7 +16,7 @@ namespace {
 // What is fixed of a message: all of a query, and a write but for its values, where these are
 // escaped.
 std::string FixedPart(const std::string& message) {
-    static const std::regex value("\"([^\"<&]|&amp;|&lt;|&gt;|&quot;|&#x)*\"");
+    static const std::regex value("\"(?:[^\"<&]|&(?:amp;|lt;|gt;|quot;|#x))*\"");
     const bool writes = message.find("<VariCfgSec Action=\"DEVICE_SET\">") == 0;
     return writes ? std::regex_replace(message, value, "\"\"") : message;
 }

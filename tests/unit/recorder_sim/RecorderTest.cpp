@@ -63,10 +63,7 @@ TEST(Recorder, RefusesAndChangesNothing) {
 }
 
 TEST(Recorder, MisbehavesOnDemand) {
-    Faults faults;
-    faults.dropEvery = 3;
-    faults.result = 7;
-    Recorder recorder = Sample(faults);
+    Recorder recorder = Sample({7, 3, false, {}}); // a result of its own, every third is lost
     const std::string query = Message("QUERY\"", "<stDisplay>");
     EXPECT_NE(recorder.Answer(query)->find("Result=\"7\"><stDisplay "), std::string::npos);
     EXPECT_EQ(*recorder.Answer(Message("SET\"", "<stDisplay strLanguage=\"US\"/>")),
