@@ -99,7 +99,6 @@ Options ReadOptions(int argc, char** argv) {
         {},
     };
     Options options;
-    opterr = 0;
     for (int found, at = 1; (found = getopt_long(argc, argv, "+:", known, nullptr)) != -1;
          at = optind) {
         switch (found) {

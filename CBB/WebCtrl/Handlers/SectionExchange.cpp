@@ -18,11 +18,10 @@ int QueryRecord(CWebCtrl& controller, const char* section, const SectionImporter
                 CConfig_Task& task) {
     char reply[kReplyCapacity];
     int replyLen = 0;
-    if (controller.GetParaInfoByCmd(QueryText(section).c_str(), reply, &replyLen) != 0)
-        return -1;
     TiXmlDocument parsed;
     TiXmlElement* element = nullptr;
-    if (controller.GetParaSection(parsed, reply, &element) != 0)
+    if (controller.GetParaInfoByCmd(QueryText(section).c_str(), reply, &replyLen) != 0 ||
+        controller.GetParaSection(parsed, reply, &element) != 0)
         return -1;
     return importer(task, element, &task.m_stPara);
 }

@@ -90,7 +90,7 @@ Finding ReadLength(std::string_view value, Framing& framing) {
     const auto [end, error] = std::from_chars(value.begin(), value.end(), number);
     if (value.empty() || error != std::errc() || end != value.end())
         return kBadLength;
-    const auto length = static_cast<size_t>(std::min<uint64_t>(number, kMaxRequestBytes + 1));
+    const auto length = static_cast<size_t>(std::min<uint64_t>(number, kMaxRequestBytes));
     if (framing.length.value_or(length) != length)
         return kTwoLengths;
     framing.length = length;
@@ -302,7 +302,7 @@ RequestFrame LookAtRequest(std::string_view received, mg_http_message& message) 
         bodyBytes = whole ? body.wireBytes : std::max(rest.size(), body.dataBytes) + 1;
     }
     frame.bytes = begin + headBytes + bodyBytes;
-    if (bodyBytes > kMaxRequestBytes || frame.bytes > kMaxRequestBytes)
+    if (frame.bytes > kMaxRequestBytes)
         return Refuse(frame, kTooLarge);
     frame.wantsContinue = framing.wantsContinue && rest.empty();
     if (frame.bytes > received.size())

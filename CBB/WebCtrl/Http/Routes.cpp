@@ -56,8 +56,7 @@ void CallHandler(CWebCtrl& controller, const Route& route, mg_connection* connec
     route.handler(controller, ToView(message->body), answer);
     const std::string_view bytes = answer.Bytes();
     // No answer is better than a part of one.
-    if (bytes.empty() || !mg_send(connection, bytes.data(), bytes.size()))
-        connection->is_closing = 1;
+    connection->is_closing = bytes.empty() || !mg_send(connection, bytes.data(), bytes.size());
     connection->is_resp = 0;
 }
 

@@ -16,9 +16,8 @@ int CWebCtrl::GetParaInfoByCmd(const char* request, char* reply, int* replyLen) 
     PrintLine("FUN:", __func__, ", LINE:", 730, ", dst.ip:", m_szDstIp, ", dst:port:", m_usDstPort,
               ".\n");
     const std::unique_ptr<ControlLink> link = OpenLink();
-    if (link->SendDataToHost(request, static_cast<int>(strlen(request))) != 0)
-        return -1;
-    if (link->RecvDataFromHost(reply, replyLen) != 0)
+    if (link->SendDataToHost(request, static_cast<int>(strlen(request))) != 0 ||
+        link->RecvDataFromHost(reply, replyLen) != 0)
         return -1;
     PrintLine("FUN:", __func__, ", LINE:", 746, ".\n");
     return 0;
@@ -31,11 +30,10 @@ int CWebCtrl::SetParaByCmd(ControlLink& link, const char* request, int len, int*
 
 int CWebCtrl::GetParaResult(ControlLink& link, int* result) {
     char reply[kReplyCapacity];
-    int replyLen = 0;
-    if (link.RecvDataFromHost(reply, &replyLen) != 0)
-        return -1;
     char value[kAttrValueCapacity] = {};
-    if (GetParaAttrValue(reply, "Result", value) != 0)
+    int replyLen = 0;
+    if (link.RecvDataFromHost(reply, &replyLen) != 0 ||
+        GetParaAttrValue(reply, "Result", value) != 0)
         return -1;
     *result = ToInt(value);
     return 0;
