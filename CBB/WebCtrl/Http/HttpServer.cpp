@@ -169,7 +169,6 @@ void HttpServer::TakeLoggingIn() {
         if (connection != nullptr)
             TakeRequest(*connection, message);
     }
-    m_hasMore = true; // behind them
 }
 
 void HttpServer::Answer(HttpConnection& connection, mg_http_message& message) {
@@ -188,10 +187,8 @@ HttpConnection* HttpServer::Resume(unsigned long connectionId, mg_http_message& 
 void HttpServer::AnswerWaiting(unsigned long connectionId) {
     mg_http_message message;
     HttpConnection* connection = Resume(connectionId, message);
-    if (connection == nullptr)
-        return;
-    Answer(*connection, message);
-    m_hasMore = m_hasMore || connection->HasMore();
+    if (connection != nullptr)
+        Answer(*connection, message);
 }
 
 // Whether one more client can be served. If there are too many, the idle connection that was served
@@ -227,8 +224,10 @@ void HttpServer::OnListenerTurn(mg_connection* listener) {
     // next exchange.
     const bool served = std::exchange(m_served, false) || listener->is_readable;
     GiveMemoryBack(!served && !m_queue.IsWaitedFor());
-    if (LoginHashEnded(m_clock()))
+    if (LoginHashEnded(m_clock())) {
         TakeLoggingIn();
+        ForgetRefusedLogin();
+    }
     m_queue.Serve(served, [this](unsigned long id) { AnswerWaiting(id); }, m_clock);
 }
 

@@ -103,7 +103,7 @@ Login::Answer Login::Ask(const Credentials& credentials, uint32_t address, uint6
             m_wrongInARow = 0;
         return entry->account.mayWrite ? Answer::Write : Answer::Read;
     }
-    if (m_hasRefused && m_refused == digest)
+    if (m_refused == digest)
         return Answer::Refused;
     if (m_check != nullptr)
         return m_check->digest == digest ? Answer::Wait : Answer::Later;
@@ -131,10 +131,8 @@ bool Login::HashEnded(uint64_t nowMs) {
     });
     if (check->known && check->matches && entry != m_entries.end()) {
         entry->accepted = check->digest;
-        entry->hasAccepted = true;
     } else {
         m_refused = check->digest;
-        m_hasRefused = true;
         m_openFromMs = nowMs + kPauseMs;
         m_wrongInARow = check->address == m_wrongAddress ? m_wrongInARow + 1 : 1;
         m_wrongAddress = check->address;
@@ -146,11 +144,9 @@ void Login::Replace(std::vector<Account> accounts) {
     std::vector<Entry> entries;
     for (Account& account : accounts) {
         const Entry* old = Find(account.name);
-        Entry entry{std::move(account), {}, false};
-        if (old != nullptr && old->hasAccepted && old->account.hash == entry.account.hash) {
+        Entry entry{std::move(account), {}};
+        if (old != nullptr && old->account.hash == entry.account.hash)
             entry.accepted = old->accepted;
-            entry.hasAccepted = true;
-        }
         entries.push_back(std::move(entry));
     }
     m_entries = std::move(entries);
@@ -167,7 +163,7 @@ Login::Digest Login::DigestOf(std::string_view text) const {
 const Login::Entry* Login::Accepted(const Digest& digest) const {
     const Entry* found = nullptr;
     for (const Entry& each : m_entries)
-        if (SameBytes(each.accepted.data(), digest.data(), digest.size()) && each.hasAccepted)
+        if (SameBytes(each.accepted.data(), digest.data(), digest.size()))
             found = &each;
     return found;
 }

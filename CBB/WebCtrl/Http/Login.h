@@ -65,17 +65,17 @@ public:
     // Whether the hash that was being made is done. From then on, until ForgetRefused is called,
     // Ask answers the same credentials by that hash.
     bool HashEnded(uint64_t nowMs);
-    void ForgetRefused() { m_hasRefused = false; }
+    void ForgetRefused() { m_refused = {}; }
 
     // Replaces the accounts. A login that was accepted by a line that stays needs no new hash.
     void Replace(std::vector<Account> accounts);
 
 private:
+    // Of credentials; zeros are none's.
     using Digest = std::array<uint8_t, 32>;
     struct Entry {
         Account account;
-        Digest accepted; // of the credentials that were right
-        bool hasAccepted;
+        Digest accepted; // those that were right
     };
     struct Check;
 
@@ -89,7 +89,6 @@ private:
     std::vector<Entry> m_entries;
     std::unique_ptr<Check> m_check;
     Digest m_refused{};
-    bool m_hasRefused = false;
     uint64_t m_openFromMs = 0;
     uint32_t m_wrongAddress = 0;
     int m_wrongInARow = 0;

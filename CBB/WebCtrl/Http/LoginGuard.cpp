@@ -97,10 +97,11 @@ bool IsLoginHashing() {
 }
 
 bool LoginHashEnded(uint64_t nowMs) {
-    if (g_login == nullptr)
-        return false;
+    return g_login != nullptr && g_login->HashEnded(nowMs);
+}
+
+void ForgetRefusedLogin() {
     g_login->ForgetRefused();
-    return g_login->HashEnded(nowMs);
 }
 
 bool MayWrite(mg_http_message& message) {

@@ -33,9 +33,10 @@ LoginRuling RuleOnLogin(mg_http_message& message, uint32_t address, uint64_t now
 
 // Whether a login is being hashed. The loop then has to look again soon.
 bool IsLoginHashing();
-// Whether the hash that requests wait for has been made. Rule on these requests before the next
-// turn.
+// Whether the hash that requests wait for has been made. Rule on these requests, then call
+// ForgetRefusedLogin: who asks again is hashed again.
 bool LoginHashEnded(uint64_t nowMs);
+void ForgetRefusedLogin();
 
 // Whether a request that may go may also write, and read passwords and keys.
 bool MayWrite(mg_http_message& message);

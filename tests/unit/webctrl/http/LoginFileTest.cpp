@@ -43,6 +43,8 @@ TEST(LoginFile, IsAFileThatOthersCannotRead) {
     }
     unlink(path.c_str());
     EXPECT_EQ(ReadLoginFile(path, &accounts), "No such file or directory");
-    EXPECT_EQ(ReadLoginFile("/dev/null", &accounts), "it is no regular file");
+    mkfifo(path.c_str(), 0600);
+    EXPECT_EQ(ReadLoginFile(path, &accounts), "it is no regular file");
+    unlink(path.c_str());
     EXPECT_EQ(ReadLoginFile("/proc/self/mem", &accounts), "Input/output error");
 }
