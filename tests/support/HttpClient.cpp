@@ -44,8 +44,8 @@ HttpClient::~HttpClient() {
     fclose(m_received);
 }
 
-void HttpClient::Send(const std::string& bytes) {
-    send(m_sock, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+bool HttpClient::Send(const std::string& bytes) {
+    return send(m_sock, bytes.data(), bytes.size(), MSG_NOSIGNAL) != -1;
 }
 
 Answer HttpClient::Read(bool hasBody) {

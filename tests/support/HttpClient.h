@@ -23,8 +23,8 @@ public:
     HttpClient(const HttpClient&) = delete;
     HttpClient& operator=(const HttpClient&) = delete;
 
-    // A server that has closed takes nothing; the rest is lost.
-    void Send(const std::string& bytes);
+    // False when the server has closed and takes nothing; the rest is lost.
+    bool Send(const std::string& bytes);
     // Closes this side: nothing more is sent.
     void EndInput() { shutdown(m_sock, SHUT_WR); }
     // Reads one answer; fails the test when nothing more comes before it is complete. The answer to

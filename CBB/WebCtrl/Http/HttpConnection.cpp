@@ -54,7 +54,6 @@ HttpConnection* HttpConnection::Of(mg_connection* connection) {
 }
 
 void HttpConnection::Close() {
-    memset(m_connection->data, 0, sizeof(HttpConnection*));
     delete this;
 }
 
@@ -80,16 +79,13 @@ bool HttpConnection::NextRequest(mg_http_message& message) {
     case RequestFrame::Verdict::Go:
         break;
     case RequestFrame::Verdict::Refuse:
-        m_drops = true;
         Refuse(frame.status, frame.reason);
         return false;
     case RequestFrame::Verdict::Wait:
         m_wantedBytes =
             frame.bytes > m_connection->recv.len ? frame.bytes : m_connection->recv.len + 1;
-        if (frame.wantsContinue) { // once: it is asked again only with a part of the body
+        if (frame.wantsContinue) // once: it is asked again only with a part of the body
             mg_send(m_connection, kContinue, sizeof(kContinue) - 1);
-            SendAtOnce();
-        }
         return false;
     }
     m_requestBytes = frame.bytes;
@@ -115,11 +111,10 @@ void HttpConnection::BeginAnswer(mg_http_message& message) {
 void HttpConnection::EndAnswer() {
     mg_iobuf& out = m_connection->send;
     if (m_isHead && !m_connection->is_resp) {
-        const std::string_view answer(reinterpret_cast<const char*>(out.buf) + m_answerAt,
-                                      out.len - m_answerAt);
-        const size_t headEnd = answer.find("\r\n\r\n");
+        const std::string_view unsent(reinterpret_cast<const char*>(out.buf), out.len);
+        const size_t headEnd = unsent.find("\r\n\r\n", m_answerAt);
         if (headEnd != std::string_view::npos)
-            out.len = m_answerAt + headEnd + 4;
+            out.len = headEnd + 4;
     }
     mg_iobuf_del(&m_connection->recv, 0, m_requestBytes);
     m_requestBytes = 0;
@@ -168,8 +163,8 @@ void HttpConnection::OnTurn(uint64_t nowMs) {
     if (m_waits)
         m_deadlineMs = nowMs + kIdleMs;
     // A readable connection is not idle: its request may have come while an exchange held the
-    // thread.
-    if (nowMs > m_deadlineMs && !m_connection->is_readable)
+    // thread. But what a refused client sends does not count.
+    if (nowMs > m_deadlineMs && (m_drops || !m_connection->is_readable))
         m_connection->is_closing = 1;
 }
 
@@ -206,20 +201,18 @@ void HttpConnection::SendAtOnce() {
 
 // Decides from the state of the connection whether it is read on and whether it ends.
 void HttpConnection::Settle() {
-    const bool sent = m_connection->send.len == 0;
+    const bool answered = !m_connection->is_resp && m_connection->send.len == 0;
+    m_drops = m_drops || (m_last && answered && m_connection->recv.len > 0);
     if (m_drops)
         m_connection->recv.len = 0;
     m_connection->is_full = m_inputEnded || (m_connection->is_resp && !m_waits) ||
                             m_connection->send.len >= kMaxUnsentBytes;
-    if (m_connection->is_resp || !sent)
+    if (!answered)
         return;
-    if (m_last && m_connection->recv.len > 0)
-        m_drops = true;
     if (m_drops && !m_shut) {
         m_shut = true;
         EndTls(m_connection);
         m_deadlineMs = mg_millis() + kLingerMs;
-        m_connection->recv.len = 0;
         shutdown(Socket(m_connection), SHUT_WR);
     } else if (!m_drops && (m_last || (m_inputEnded && !HasMore()))) {
         EndTls(m_connection);

@@ -5,16 +5,18 @@
 
 using WebCtrl = InSandbox;
 
-// Start, a second Start, the restored address, and Stop once the server has ended by itself.
+// Without a web root the server ends by itself, and leaves its port taken.
 TEST_F(WebCtrl, StartsAgainAfterTheServerEnded) {
-    const Taken taken(SOCK_STREAM, 80);
     CWebCtrl controller;
+    EXPECT_EQ(controller.DestinationPort(), 6000);
     controller.Init("127.0.0.1", 6000);
-    controller.SetWebPort(80);
-    for (int round = 0; round < 2; ++round) {
-        const auto start = [&] { EXPECT_EQ(controller.Start("/nowhere/web_root"), 0); };
-        EXPECT_EQ(Capture(start).out.find("already started"), std::string::npos);
-        EXPECT_EQ(controller.Stop(), 0);
+    for (const char* error : {"Cannot find web_root directory, exiting\n", "Cannot bind to 80\n"}) {
+        const Captured captured = Capture([&] {
+            EXPECT_EQ(controller.Start("/nowhere/web_root"), 0);
+            EXPECT_EQ(controller.Stop(), 0);
+        });
+        EXPECT_EQ(captured.out.find("already started"), std::string::npos);
+        EXPECT_EQ(captured.err.substr(captured.err.rfind('C')), error);
     }
     controller.SetCtrlAddr("192.0.2.7", 6001);
     EXPECT_EQ(controller.Restart(), 0);
@@ -32,5 +34,18 @@ TEST_F(WebCtrl, CanStartAfterAThreadCouldNot) {
         return controller.Start("/nowhere") == -1 && controller.Start("/nowhere") == -1 ? 0 : 1;
     });
     EXPECT_EQ(captured.status, 0) << captured.out;
+    EXPECT_NE(captured.out.find("create rt svc pthread failed ["), std::string::npos);
 }
 #endif
+
+TEST_F(WebCtrl, IsOneAndStartsOnce) {
+    const auto startTwice = [] {
+        for (int i = 0; i < 2; ++i)
+            if (CWebCtrl::GetInstance()->Start("/") != 0)
+                return 1;
+        return 0;
+    };
+    const Captured captured = CaptureInChild(startTwice);
+    EXPECT_EQ(captured.status, 0);
+    EXPECT_NE(captured.out.find("CWebCtrl::Start, is already started.\n"), std::string::npos);
+}

@@ -54,7 +54,7 @@ TEST(ControlMessage, GivesTheParserNoTextThatNestsDeeply) {
     for (const std::string& text :
          {deep, most.substr(0, 48) + "<a/>" + most.substr(48), Repeat(129, "<a/>"),
           "<!-- ' -->" + deep, "<r><![CDATA[ \" ]]>" + most + "</r>", Repeat(22, "</a>") + deep,
-          "<!DOCTYPE a '>" + deep, "<2 '>" + deep,
+          Repeat(17, "<\x7f>"), "<!DOCTYPE a '>" + deep, "<2 '>" + deep,
           // A reader that takes one of these for a comment, or for an open quote, misses what is
           // nested.
           "<?xml version=\"><!--\"?>" + deep + "-->",
