@@ -33,15 +33,11 @@ std::string ReadBytes(FILE* from, size_t count) {
 } // namespace
 
 HttpClient::HttpClient(int port)
-    : m_sock(socket(AF_INET, SOCK_STREAM, 0)), m_received(fdopen(m_sock, "r")) {
+    : m_sock(socket(AF_INET, SOCK_STREAM, 0)), m_received(fdopen(m_sock, "r"), fclose) {
     const sockaddr_in server = Loopback(port);
     const int on = 1; // what is sent in pieces arrives in pieces
     setsockopt(m_sock, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
     EXPECT_EQ(connect(m_sock, reinterpret_cast<const sockaddr*>(&server), sizeof(server)), 0);
-}
-
-HttpClient::~HttpClient() {
-    fclose(m_received);
 }
 
 bool HttpClient::Send(const std::string& bytes) {
@@ -50,23 +46,23 @@ bool HttpClient::Send(const std::string& bytes) {
 
 Answer HttpClient::Read(bool hasBody) {
     SetTimeout(m_sock, kReadSeconds);
-    clearerr(m_received);
+    FILE* const from = m_received.get();
+    clearerr(from);
     Answer answer;
-    for (std::string line; line != "\r\n" && !feof(m_received) && !ferror(m_received);)
-        answer.head += line = ReadLine(m_received);
+    for (std::string line; line != "\r\n" && !feof(from) && !ferror(from);)
+        answer.head += line = ReadLine(from);
     const size_t length = answer.head.find("Content-Length: ");
     if (hasBody && answer.head.find("Transfer-Encoding: chunked\r\n") != std::string::npos) {
-        while (const size_t size = strtoul(ReadLine(m_received).c_str(), nullptr, 16)) {
-            answer.chunks.push_back(ReadBytes(m_received, size));
+        while (const size_t size = strtoul(ReadLine(from).c_str(), nullptr, 16)) {
+            answer.chunks.push_back(ReadBytes(from, size));
             answer.body += answer.chunks.back();
-            ReadLine(m_received);
+            ReadLine(from);
         }
-        ReadLine(m_received);
+        ReadLine(from);
     } else if (hasBody && length != std::string::npos) {
-        answer.body =
-            ReadBytes(m_received, strtoul(answer.head.c_str() + length + 16, nullptr, 10));
+        answer.body = ReadBytes(from, strtoul(answer.head.c_str() + length + 16, nullptr, 10));
     }
-    EXPECT_FALSE(feof(m_received) || ferror(m_received))
+    EXPECT_FALSE(feof(from) || ferror(from))
         << "no whole answer, but: " << answer.head << answer.body;
     return answer;
 }
@@ -74,19 +70,11 @@ Answer HttpClient::Read(bool hasBody) {
 bool HttpClient::ClosedWithin(int timeoutSeconds) {
     SetTimeout(m_sock, timeoutSeconds);
     errno = 0;
-    return getc(m_received) == EOF && errno != EAGAIN;
+    return getc(m_received.get()) == EOF && errno != EAGAIN;
 }
 
 std::string Request(const std::string& path, const std::string& body) {
     const std::string rest = " " + path + " HTTP/1.1\r\nHost: 127.0.0.1\r\n";
     const std::string length = "Content-Length: " + std::to_string(body.size()) + "\r\n";
     return body.empty() ? "GET" + rest + "\r\n" : "POST" + rest + length + "\r\n" + body;
-}
-
-sockaddr_in Loopback(int port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
 }

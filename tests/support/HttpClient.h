@@ -4,6 +4,7 @@
 // An HTTP/1.1 client that shows what came byte for byte.
 
 #include <cstdio>
+#include <memory>
 #include <netinet/in.h>
 #include <string>
 #include <sys/socket.h>
@@ -19,9 +20,6 @@ class HttpClient {
 public:
     // Connects to 127.0.0.1; fails the test when nobody listens.
     explicit HttpClient(int port = 80);
-    ~HttpClient();
-    HttpClient(const HttpClient&) = delete;
-    HttpClient& operator=(const HttpClient&) = delete;
 
     // False when the server has closed and takes nothing; the rest is lost.
     bool Send(const std::string& bytes);
@@ -35,10 +33,12 @@ public:
 
 private:
     int m_sock;
-    FILE* m_received;
+    std::unique_ptr<FILE, int (*)(FILE*)> m_received;
 };
 
 // The bytes of a request: GET without a body, POST with one.
 std::string Request(const std::string& path, const std::string& body = "");
 
-sockaddr_in Loopback(int port);
+inline sockaddr_in Loopback(int port) {
+    return {AF_INET, htons(static_cast<uint16_t>(port)), {htonl(INADDR_LOOPBACK)}, {}};
+}

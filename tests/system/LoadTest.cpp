@@ -103,10 +103,9 @@ protected:
         std::vector<std::thread> clients;
         for (int i = 0; i < kClients; ++i)
             clients.emplace_back([&] { AskInTurn(); });
-        std::vector<std::unique_ptr<HttpClient>> slow;
+        std::vector<HttpClient> slow;
         for (int i = 0; i < kBadClients && !HasFailure(); ++i) {
-            slow.push_back(std::make_unique<HttpClient>());
-            slow.back()->Send("G");
+            slow.emplace_back().Send("G");
             for (const char* half : {"GET /get_Ver", kHalfWrite, "GET /get_Ver", kHalfWrite})
                 HttpClient().Send(half);
         }
