@@ -34,6 +34,7 @@ Daemon::Daemon(const std::string& folder, const std::string& options)
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         dup2(m_log, STDOUT_FILENO);
         dup2(m_log, STDERR_FILENO);
+        closefrom(STDERR_FILENO + 1); // it has as many connections as it has descriptors left
         execl("/bin/sh", "sh", "-c", ("exec " + copy + " " + options).c_str(), nullptr);
         _exit(126);
     }

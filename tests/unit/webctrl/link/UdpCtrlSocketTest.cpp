@@ -27,6 +27,10 @@ TEST_F(UdpCtrlSocket, TakesTheFirstDatagramThatComesAfterTheSend) {
     EXPECT_EQ(out + std::to_string(outLen), "answer6");
     const std::string large(256, 'x');
     EXPECT_EQ(Capture([&] { EXPECT_EQ(sock.SendDataToHost(large.c_str(), 256), 0); }).out, "");
+    recorder.Reply("");
+    EXPECT_EQ(sock.RecvDataFromHost(out, &outLen), -1);
+    Recorder(6001).Reply("another's");
+    EXPECT_EQ(sock.RecvDataFromHost(out, &outLen), -1);
 }
 
 TEST_F(UdpCtrlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
@@ -37,6 +41,8 @@ TEST_F(UdpCtrlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
         return Capture([&] { EXPECT_EQ(sock.SendDataToHost("text", 4), -1); }).out;
     };
     CUdpCtrlSocket sock("255.255.255.255", 6000, 1, "lo");
+    sock.CloseCtrlSocket();
+    EXPECT_EQ(open(sock, 0), "");
     EXPECT_EQ(open(sock, 0).find("CUdpCtrlSocket::OpenCtrlSocket already created socket:"), 0u);
     Shell("ip link del eth0");
     EXPECT_EQ(send(sock), "CUdpCtrlSocket::SendDataToHost, get IfBrdAddr failed.\n");
