@@ -127,9 +127,7 @@ export function inBrowser(title, { names = ["chrome"], options = [], at, languag
     page.on("request", (request) => sent.push(request.url()));
     page.on("dialog", (dialog) => dialog.accept());
     page.on("pageerror", (error) => errors.push(error.stack));
-    page.on("console", (message) => {
-      if (/Content.Security.Policy/.test(message.text())) errors.push(message.text());
-    });
+    page.on("console", (said) => /Content.Security.Policy/.test(said.text()) && errors.push(said.text()));
     try {
       await page.setViewport({ width: 360, height: 740 });
       page.setDefaultTimeout(60000);
@@ -139,9 +137,7 @@ export function inBrowser(title, { names = ["chrome"], options = [], at, languag
       await body();
       assert.deepEqual(errors, []);
     } finally {
-      await context.close();
-      await end(daemon);
-      await end(recorder.child);
+      await Promise.all([context.close(), end(daemon), end(recorder.child)]);
     }
   };
   // What nobody else ends after a minute of waiting.
