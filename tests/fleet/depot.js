@@ -14,21 +14,17 @@ const GATE = "127.1.255.254"; // the bridge; the simulators listen on its ports 
 const address = (number) => `127.1.${number >> 8}.${number & 255}`;
 
 // Loopback addresses cross a link once the kernel is told so and does not keep them to itself.
-const OPEN_LOOPBACK = `
+const network = (device, type, own) => `set -e
   ip link set lo up
   ip route del local 127.0.0.0/8 dev lo table local
-  for each in all default; do echo 1 >/proc/sys/net/ipv4/conf/$each/route_localnet; done`;
-const BRIDGE = `set -e; ${OPEN_LOOPBACK}
-  ip link add br0 type bridge
-  ip addr add ${GATE}/16 dev br0
-  ip link set br0 up`;
-const VEHICLE = `set -e; ${OPEN_LOOPBACK}
-  number=$1 address=$2; shift 2
-  ip link add eth0 type veth peer name v$number netns $PPID
-  ip addr add $address/16 dev eth0
-  ip link set eth0 up
-  nsenter --net=/proc/$PPID/ns/net ip link set v$number master br0 up
-  exec "$@"`;
+  for each in all default; do echo 1 >/proc/sys/net/ipv4/conf/$each/route_localnet; done
+  ip link add ${device} type ${type}
+  ip addr add ${own}/16 dev ${device}
+  ip link set ${device} up`;
+const BRIDGE = network("br0", "bridge", GATE);
+const VEHICLE = `${network("eth0", "veth peer name v$1 netns $PPID", "$2")}
+  nsenter --net=/proc/$PPID/ns/net ip link set v$1 master br0 up
+  shift 2 && exec "$@"`;
 
 /** Starts a program and resolves when it has printed `ready`. */
 export async function start(program, args, ready) {

@@ -17,10 +17,7 @@ const path = (name) => join(folder, name);
 const content = (name) => readFileSync(path(name), "utf8");
 let files = 0;
 /** Writes a file and gives its name. */
-function file(text) {
-  writeFileSync(path(`file-${++files}`), text);
-  return `file-${files}`;
-}
+const file = (text) => (writeFileSync(path(`file-${++files}`), text), `file-${files}`);
 /** A settings file with some values of one group alone. */
 const change = (id, values) =>
   file(JSON.stringify({ ...JSON.parse(content("new.json")), groups: { [id]: values } }));

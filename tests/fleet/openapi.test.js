@@ -58,9 +58,8 @@ test("every field of a form arrives, and what is left out is its default", () =>
   Promise.all(
     writes.map(async (path, vehicle) => {
       const { example, schema } = formOf(path);
-      const { properties } = schema;
       const group = path.replace("set_", "get_");
-      const fields = fieldsOf(path).filter((name) => !properties[name].readOnly);
+      const fields = fieldsOf(path).filter((name) => !schema.properties[name].readOnly);
       const answered = paths[group].get.responses[200].content["application/json"].schema.required;
       assert.deepEqual(new Set(fieldsOf(path)), new Set(answered), path);
       assert.deepEqual(new Set(Object.keys(example)), new Set(fields), path);
@@ -72,9 +71,9 @@ test("every field of a form arrives, and what is left out is its default", () =>
       await ask(vehicle, path, example);
       const now = await ask(vehicle, group);
       for (const name of fields.filter((each) => each !== "strFD_CurTime")) {
-        assert.equal(now[name], shown[name], `${path} ${name}`);
-        assert.equal(empty[name], without[name] ?? properties[name].default, `${path} without ${name}`);
-        assert.notEqual(now[name], empty[name], `${path} ${name}: the example shows nothing`);
+        const expected = [shown[name], without[name] ?? schema.properties[name].default];
+        assert.deepEqual([now[name], empty[name]], expected, `${path} ${name}, and without it`);
+        assert.notEqual(...expected, `${path} ${name}: the example shows nothing`);
       }
       assert.ok(depot.state(vehicle).includes(example.strFD_CurTime ?? ""));
     }),
