@@ -11,8 +11,7 @@
 using Verdict = RequestFrame::Verdict;
 
 // The text is a block of exactly its size, so that a sanitizer sees the first byte read beyond.
-static RequestFrame Look(const std::string& text) {
-    mg_http_message message;
+static RequestFrame Look(const std::string& text, mg_http_message&& message = {}) {
     return LookAtRequest(text, message);
 }
 
