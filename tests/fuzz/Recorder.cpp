@@ -5,7 +5,6 @@
 #include <cstring>
 #include <fstream>
 #include <mongoose.h>
-#include <regex>
 #include <set>
 #include <vector>
 
@@ -13,23 +12,39 @@ std::function<std::string(const std::string&)> g_recorder;
 
 namespace {
 
+bool IsEscape(const std::string& text, size_t at) {
+    for (const char* escape : {"&amp;", "&lt;", "&gt;", "&quot;", "&#x"})
+        if (text.compare(at, strlen(escape), escape) == 0)
+            return true;
+    return false;
+}
+
 // What is fixed of a message: all of a query, and a write but for its values, where these are
 // escaped.
 std::string FixedPart(const std::string& message) {
-    static const std::regex value("\"(?:[^\"<&]|&(?:amp;|lt;|gt;|quot;|#x))*\"");
+    bool inValue = false;
     const bool writes = message.find("<VariCfgSec Action=\"DEVICE_SET\">") == 0;
-    return writes ? std::regex_replace(message, value, "\"\"") : message;
+    std::string fixed;
+    for (size_t at = 0; at < message.size(); ++at) {
+        const char byte = message[at];
+        inValue = inValue != (byte == '"');
+        const bool escaped = byte != '<' && (byte != '&' || IsEscape(message, at));
+        if (!writes || !inValue || !escaped)
+            fixed += byte;
+    }
+    return fixed;
 }
 
 // The fixed parts of the messages that the document shows.
 std::set<std::string> ReadKnown() {
-    const std::regex message("<VariCfgSec Action=\"DEVICE_.*</VariCfgSec>");
     std::set<std::string> known;
+    const std::string end = "</VariCfgSec>";
     std::ifstream document(FUZZ_PROTOCOL);
-    std::smatch found;
-    for (std::string line; std::getline(document, line);)
-        if (std::regex_search(line, found, message))
-            known.insert(FixedPart(found.str()));
+    for (std::string line; std::getline(document, line);) {
+        const size_t from = line.find("<VariCfgSec Action=\"DEVICE_"), to = line.rfind(end);
+        if (from < to && to != std::string::npos)
+            known.insert(FixedPart(line.substr(from, to + end.size() - from)));
+    }
     return known;
 }
 
