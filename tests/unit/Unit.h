@@ -30,6 +30,13 @@ inline std::string Repeat(int count, const std::string& part) {
     return text;
 }
 
+// "RESULT OUTPUT" of a call, and behind a bar what went to standard error, if anything.
+inline std::string Told(const std::function<int()>& call) {
+    int result = 0;
+    const Captured told = Capture([&] { result = call(); });
+    return std::to_string(result) + " " + told.out + (told.err.empty() ? "" : "|") + told.err;
+}
+
 // For cases that change the machine. A file's suite is this under its own name.
 struct InSandbox : testing::Test {
     void SetUp() override { EnterSandbox(); }

@@ -12,10 +12,9 @@ TEST(FieldConvert, Addresses) {
         {"2147483648", 0x80000000},   {"4294967298", 2}, {"", 0},
     };
     uint32_t address = 0;
-    for (const auto& [text, stored] : cases) {
-        EXPECT_EQ(Task::ParseAddress(text, &address), 0) << text;
-        EXPECT_EQ(address, stored) << text;
-    }
+    for (const auto& [text, stored] : cases)
+        EXPECT_EQ((std::pair{Task::ParseAddress(text, &address), address}), std::pair(0, stored))
+            << text;
     for (const char* text : {"256.1.1.1", "1.99999999999999999999.1.1", "1.2.3", "1.2.3.4.5", "+1"})
         EXPECT_EQ(Task::ParseAddress(text, &address), -1) << text;
     EXPECT_EQ(address, 0U) << "what was there before stays";

@@ -15,32 +15,27 @@ static std::vector<Section> ReadSections() {
     std::ifstream file(SECTIONS);
     std::vector<Section> sections;
     auto importer = kImporters.begin();
-    for (std::string line; std::getline(file, line);) {
-        const size_t arrow = line.find("=> ");
-        if (arrow == std::string::npos)
-            continue; // a comment
-        importer = std::find_if(importer, kImporters.end(), [](Import each) { return each; });
-        sections.push_back({importer == kImporters.end() ? nullptr : *importer++,
-                            line.substr(0, arrow), line.substr(arrow + 3)});
-    }
+    for (std::string line; std::getline(file, line);)
+        if (const size_t arrow = line.find("=> "); arrow != std::string::npos) { // no comment
+            importer = std::find_if(importer, kImporters.end(), [](Import each) { return each; });
+            sections.push_back({importer == kImporters.end() ? nullptr : *importer++,
+                                line.substr(0, arrow), line.substr(arrow + 3)});
+        }
     return sections;
 }
 
 // Imports into a record full of `pattern`, in which the three power flags are set: those an import
 // keeps. Afterwards it must hold `bytes` at `offset`, and nothing else may have changed.
-static void ExpectImport(Import import, const std::string& xml, int result, unsigned char pattern,
+static void ExpectImport(Import import, const std::string& xml, int result, char pattern,
                          const std::string& bytes = "", size_t offset = 0) {
     const Element element(xml);
-    Task task;
-    DeviceParaRecord record;
-    memset(&record, pattern, sizeof(record));
-    EXPECT_EQ((task.*import)(element.Get(), &record), result) << xml;
-    std::string expected(sizeof(record), static_cast<char>(pattern));
+    std::string found(sizeof(DeviceParaRecord), pattern), expected = found;
+    auto* record = reinterpret_cast<DeviceParaRecord*>(found.data());
+    EXPECT_EQ((Task().*import)(element.Get(), record), result) << xml;
     for (size_t i = 0; i < bytes.size(); i += 2)
         if (bytes[i] != '.')
             expected[offset + i / 2] =
                 static_cast<char>(std::stoi(bytes.substr(i, 2), nullptr, 16));
-    const std::string found(reinterpret_cast<const char*>(&record), sizeof(record));
     const auto wrong = std::mismatch(found.begin(), found.end(), expected.begin()).first;
     EXPECT_TRUE(wrong == found.end()) << "CBB/Config/: byte " << wrong - found.begin()
                                       << ", section at " << offset << ": " << xml;
@@ -50,11 +45,11 @@ TEST(Sections, EveryFieldAndNoOtherByte) {
     size_t offset = 0;
     for (const Section& section : ReadSections()) {
         if (section.import) {
-            ExpectImport(section.import, section.xml, 0, 0xE1, section.bytes, offset);
+            ExpectImport(section.import, section.xml, 0, '\xE1', section.bytes, offset);
             std::string otherCase = section.xml;
             for (size_t at = 0; (at = otherCase.find("FD_", at)) != std::string::npos;)
                 otherCase.replace(at, 3, "fd_");
-            ExpectImport(section.import, otherCase, 0, 0xFE, section.bytes, offset);
+            ExpectImport(section.import, otherCase, 0, '\xFE', section.bytes, offset);
         }
         offset += section.bytes.size() / 2;
     }
@@ -67,8 +62,8 @@ TEST(Sections, ARowNeedsAnIndex) {
     for (const Section& section : ReadSections()) {
         if (!section.import)
             break;
-        ExpectImport(section.import, "", -1, 0xE1);
-        ExpectImport(section.import, "<s><other><row_0/></other></s>", 0, 0xE1);
+        ExpectImport(section.import, "", -1, '\xE1');
+        ExpectImport(section.import, "<s><other><row_0/></other></s>", 0, '\xE1');
         const size_t row = section.xml.find("<row");
         if (row == std::string::npos)
             continue;
@@ -88,15 +83,15 @@ TEST(Sections, ARowNeedsAnIndex) {
 // a malformed one does not.
 TEST(Sections, IpcRowsArePrinted) {
     Task task;
-    const auto print = [&](const std::string& begin, int result) {
+    const auto import = [&task](const std::string& begin) {
         const Element element(begin + "<stFunTPeriod><p_-1 ucFD_Valid='1'/><p_06 other='y' "
                                       "strFD_Wday='x11111111' strFD_StartT='junk' strFD_EndT='7'/>"
                                       "</stFunTPeriod></s>");
-        return Capture([&] { EXPECT_EQ(task.Import_Ipc(element.Get(), nullptr), result); }).out;
+        return Told([&] { return task.Import_Ipc(element.Get(), nullptr); });
     };
-    EXPECT_EQ(print("<s><stChnIpc><c/></stChnIpc>", -1), "");
-    EXPECT_EQ(print("<s a='u'><stChnIpc><c_0 uiFD_IP='a'/><c_1 uiFD_IP='b'/></stChnIpc>", 0),
-              "Value: uiFD_IP=a\nValue: other=y\nValue: strFD_Wday=x11111111\n"
+    EXPECT_EQ(import("<s><stChnIpc><c/></stChnIpc>"), "-1 ");
+    EXPECT_EQ(import("<s a='u'><stChnIpc><c_0 uiFD_IP='a'/><c_1 uiFD_IP='b'/></stChnIpc>"),
+              "0 Value: uiFD_IP=a\nValue: other=y\nValue: strFD_Wday=x11111111\n"
               "Value: strFD_StartT=junk\nValue: strFD_EndT=7\n");
     const FunTPeriodPara& read = task.m_stPara.stIpc.stFunTPeriod[6];
     EXPECT_EQ(std::tuple(read.strFD_Wday, read.strFD_StartT, read.strFD_EndT),

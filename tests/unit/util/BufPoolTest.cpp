@@ -3,27 +3,28 @@
 
 #include "tests/unit/Unit.h"
 
+using Results = std::vector<int64_t>; // of one call after the other
+
+static std::string Peek(CBufPool& pool, uint32_t n) {
+    std::string out(n, 'x');
+    return out.substr(0, pool.Peek(out.data(), n));
+}
+
 TEST(BufPool, WrapsAndTakesOnlyWhatFits) {
     CBufPool pool;
-    char out[32] = {};
-    EXPECT_EQ("parameter invalid, size = 0\n", Capture([&] { EXPECT_EQ(-1, pool.Init(0)); }).out);
+    EXPECT_EQ("-1 parameter invalid, size = 0\n", Told([&] { return pool.Init(0); }));
     EXPECT_EQ(0, pool.Init(10));
-    EXPECT_EQ(9U, pool.Write("abcdefghi", 9));
-    EXPECT_EQ(1U, pool.Skip(1));
-    EXPECT_EQ(2U, pool.Write("jklmn", 5)) << "one byte at the end, one at the start";
-    EXPECT_EQ("error m_stBufPool.u64Buffersize <= m_stBufPool.u64Busynum\n",
-              Capture([&] { EXPECT_EQ(0U, pool.Write("x", 1)); }).err);
-    EXPECT_EQ(10U, pool.Peek(out, 32));
-    EXPECT_STREQ("bcdefghijk", out);
-    EXPECT_EQ(10U, pool.Skip(11));
-    // Both positions are 1: nine bytes more end exactly at the storage's end.
-    EXPECT_EQ(9U, pool.Write("123456789", 9));
-    EXPECT_EQ(1U, pool.Write("0", 9));
-    EXPECT_EQ(10U, pool.Peek(out, 10));
-    EXPECT_STREQ("1234567890", out);
-    pool.Init(10);
-    EXPECT_EQ(0, pool.ReadU8()) << "nothing is left of what was written";
-    EXPECT_EQ(0, pool.Init(40));
+    // At last one byte at the end, one at the start.
+    EXPECT_EQ((Results{9, 1, 2}),
+              (Results{pool.Write("abcdefghi", 9), pool.Skip(1), pool.Write("jklmn", 5)}));
+    EXPECT_EQ("0 |error m_stBufPool.u64Buffersize <= m_stBufPool.u64Busynum\n",
+              Told([&] { return pool.Write("x", 1); }));
+    EXPECT_EQ("bcdefghijk", Peek(pool, 32));
+    // Both positions are 1 then: nine bytes more end exactly at the storage's end.
+    EXPECT_EQ((Results{10, 9, 1}),
+              (Results{pool.Skip(11), pool.Write("123456789", 9), pool.Write("0", 9)}));
+    EXPECT_EQ("1234567890", Peek(pool, 10));
+    EXPECT_EQ((Results{0, 0, 0}), (Results{pool.Init(10), pool.ReadU8(), pool.Init(40)}));
     EXPECT_EQ(40U, pool.Write(("z" + std::string(49, 'y')).c_str(), 50));
     EXPECT_EQ('z', pool.ReadU8()) << "both positions are 0 again";
 }
@@ -31,19 +32,14 @@ TEST(BufPool, WrapsAndTakesOnlyWhatFits) {
 TEST(BufPool, LittleEndianIntegersAndEmptyRings) {
     CBufPool pool;
     EXPECT_EQ(0U, pool.ReadU8() + pool.FreeSpace()) << "there is no storage yet";
-    EXPECT_EQ(0, pool.Init(5));
-    pool.Write("\x80\xfe\xff", 3);
-    EXPECT_EQ(0x80, pool.ReadU8());
-    EXPECT_EQ(0U, pool.ReadU32()) << "two bytes are too few, and stay";
-    EXPECT_EQ(-2, pool.ReadU16());
+    EXPECT_EQ((Results{0, 3}), (Results{pool.Init(5), pool.Write("\x80\xfe\xff", 3)}));
+    // Two bytes are too few for the second, and stay.
+    EXPECT_EQ((Results{0x80, 0, -2}), (Results{pool.ReadU8(), pool.ReadU32(), pool.ReadU16()}));
     pool.Write("\x01\x02\x03\x04\xff", 5);
     EXPECT_EQ(0x04030201U, pool.ReadU32());
-    EXPECT_EQ(0xff, pool.ReadU8());
-    EXPECT_EQ(1, pool.ReadU8()) << "a stale byte";
-    EXPECT_EQ(6U, pool.FreeSpace()) << "the count fell below 0";
-    char out[8];
-    EXPECT_EQ(8U, pool.Peek(out, 8));
-    EXPECT_EQ("\x02\x03\x04\xff\x01\x02\x03\x04", std::string(out, 8));
+    // The second is a stale byte, at which the count falls below 0.
+    EXPECT_EQ((Results{0xff, 1, 6}), (Results{pool.ReadU8(), pool.ReadU8(), pool.FreeSpace()}));
+    EXPECT_EQ("\x02\x03\x04\xff\x01\x02\x03\x04", Peek(pool, 8));
     Capture([&] { EXPECT_EQ(0U, pool.Write("x", 1)); });
     EXPECT_EQ(0U, pool.FreeSpace()) << "a write sets the count right";
 }

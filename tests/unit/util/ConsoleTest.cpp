@@ -5,9 +5,8 @@
 
 // What waits in a pipe.
 static std::string Drain(int fd) {
-    std::string text(1 << 20, '\0');
-    return text.substr(
-        0, static_cast<size_t>(std::max<ssize_t>(read(fd, text.data(), text.size()), 0)));
+    std::string text(1 << 20, '\0'); // one of them ends what is read
+    return read(fd, text.data(), text.size()) > 0 ? text.c_str() : "";
 }
 
 // Both outputs go to one pipe. Returns 0, or the step that failed.

@@ -22,13 +22,12 @@ TEST(HexText, ConvertsWithinItsBounds) {
         // On the heap and without a terminator, so that a read past the length is seen.
         const std::vector<char> text(chars, chars + std::max(length, 0));
         uint8_t out[8] = {};
-        int capacity = room;
-        int value = 77;
+        int capacity = room, value = 77;
         EXPECT_EQ(rc, HexTextToBytes(text.data(), length, out, &capacity)) << chars;
         EXPECT_EQ(bytes, std::string(out, out + (rc == 0 ? capacity : 0))) << chars;
         EXPECT_TRUE(rc != 0 || out[capacity] == 0) << chars;
         EXPECT_EQ(pairs, HexPairsToBytes(out, text.data(), length)) << chars;
-        EXPECT_EQ(intRc, HexTextToInt(text.data(), length, &value)) << chars;
-        EXPECT_EQ(number, value) << chars;
+        const int converted = HexTextToInt(text.data(), length, &value);
+        EXPECT_EQ(std::pair(intRc, number), std::pair(converted, value)) << chars;
     }
 }

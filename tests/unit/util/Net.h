@@ -10,13 +10,6 @@ inline uint32_t Ip(const char* dotted) {
     return inet_addr(dotted);
 }
 
-// "RESULT OUTPUT" of a call.
-inline std::string Told(const std::function<int()>& call) {
-    int result = 0;
-    const std::string out = Capture([&] { result = call(); }).out;
-    return std::to_string(result) + " " + out;
-}
-
 // "RESULT ADDRESS" of a getter, the address being 0.0.0.7 before.
 inline std::string Found(int (*get)(const char*, uint32_t*), const char* name) {
     uint32_t addr = Ip("0.0.0.7");

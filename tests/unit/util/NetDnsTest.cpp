@@ -17,8 +17,7 @@ TEST_F(NetDns, ResolverFile) {
     EXPECT_EQ(AddDnsServer(std::string(300, '1').c_str(), true), 0);
     Shell("[ $(wc -c </etc/resolv.conf) = $((19 + 256)) ]");
     EXPECT_EQ(GetDnsServers(slots, &count), 0);
-    EXPECT_EQ(count, 2);
-    EXPECT_STREQ(slots[0], "8.8.8.8\n");
+    EXPECT_EQ(std::pair(2, std::string("8.8.8.8\n")), std::pair(count, std::string(slots[0])));
     Shell("while umount /etc/resolv.conf 2>/dev/null; do :; done");
     ReplaceFolder("/etc");
     Shell("ln -sf /nowhere/file /etc/resolv.conf");
@@ -54,9 +53,8 @@ TEST_F(NetDns, ServerAddress) {
     const std::string answer = "server ip = 192.0.2.7\n";
     const std::string failed = "gethostbyname: Host name lookup failure\ndomain = nowhere.test\n"
                                "clear dns server!\n";
-    EXPECT_EQ(child.status, 0);
-    EXPECT_EQ(child.out, answer);
-    EXPECT_EQ(child.err, failed + failed + answer);
+    EXPECT_EQ(std::tuple(child.status, child.out, child.err),
+              std::tuple(0, answer, failed + failed + answer));
 }
 
 TEST_F(NetDns, TwoThreadsAtOnce) {

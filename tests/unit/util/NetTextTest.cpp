@@ -23,12 +23,11 @@ TEST(NetText, RouteLines) {
 }
 
 TEST(NetText, NameServerLines) {
+    using List = std::vector<std::string>;
     const auto servers = [](const std::string& text) {
         DnsServerText slots[2];
-        const int count = ParseNameServers(text, slots, 2);
-        return std::vector<std::string>(slots, slots + count);
+        return List(slots, slots + ParseNameServers(text, slots, 2));
     };
-    using List = std::vector<std::string>;
     EXPECT_EQ(servers("#nameserver 1\n nameserver 2\nnameserver  3 # x"), List{"3"});
     EXPECT_EQ(servers("nameserver a\nnameserver b\nnameserver c\n"), (List{"a\n", "b\n"}));
     EXPECT_EQ(servers("nameserver\nnameserver\t4\n" + std::string(199, '#')), List{});

@@ -53,9 +53,9 @@ TEST(SystemControl, ASpawnedProgramInheritsNeitherDescriptorsNorVariables) {
 
 TEST(SystemControl, AProcessIsFoundByItsName) {
     prctl(PR_SET_NAME, "util_probe");
-    EXPECT_EQ("PID: self\nPID: thread-self\nPID: " + std::to_string(getpid()) +
+    EXPECT_EQ("1 PID: self\nPID: thread-self\nPID: " + std::to_string(getpid()) +
                   "\nkill util_probe ret = 0 \nutil_probe process exist!\n",
-              Capture([] { EXPECT_EQ(1, IsProcessRunning("util_probe")); }).out);
-    EXPECT_EQ("no_such process not exist, pid:-1!\n",
-              Capture([] { EXPECT_EQ(0, IsProcessRunning("no_such")); }).out);
+              Told([] { return IsProcessRunning("util_probe"); }));
+    EXPECT_EQ(Told([] { return IsProcessRunning("no_such"); }),
+              "0 no_such process not exist, pid:-1!\n");
 }

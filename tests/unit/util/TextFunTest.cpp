@@ -23,12 +23,9 @@ TEST(TextFun, WhatATextIs) {
     char number[7];
     EXPECT_STREQ("-12345", IntToText(-1234567, number));
     in_addr_t addr = 0;
-    const auto ask = [&addr] {
-        EXPECT_EQ(0, MyGetHostByName("127.0.0.9", &addr));
-        EXPECT_EQ(-1, MyGetHostByName("::1", &addr));
-    };
-    EXPECT_EQ("MyGetHostByName, HostName :127.0.0.9/nMyGetHostByName, IP Address :127.0.0.9/n"
-              "MyGetHostByName, Can't Get IP From Domain:::1./n",
-              Capture(ask).out);
+    EXPECT_EQ("0 MyGetHostByName, HostName :127.0.0.9/nMyGetHostByName, IP Address :127.0.0.9/n",
+              Told([&addr] { return MyGetHostByName("127.0.0.9", &addr); }));
+    EXPECT_EQ("-1 MyGetHostByName, Can't Get IP From Domain:::1./n",
+              Told([&addr] { return MyGetHostByName("::1", &addr); }));
     EXPECT_EQ(htonl(0x7F000009), addr);
 }
