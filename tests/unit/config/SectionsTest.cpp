@@ -29,13 +29,15 @@ static std::vector<Section> ReadSections() {
 static void ExpectImport(Import import, const std::string& xml, int result, char pattern,
                          const std::string& bytes = "", size_t offset = 0) {
     const Element element(xml);
-    std::string found(sizeof(DeviceParaRecord), pattern), expected = found;
-    auto* record = reinterpret_cast<DeviceParaRecord*>(found.data());
-    EXPECT_EQ((Task().*import)(element.Get(), record), result) << xml;
+    DeviceParaRecord record;
+    memset(&record, pattern, sizeof(record));
+    EXPECT_EQ((Task().*import)(element.Get(), &record), result) << xml;
+    std::string expected(sizeof(record), pattern);
     for (size_t i = 0; i < bytes.size(); i += 2)
         if (bytes[i] != '.')
             expected[offset + i / 2] =
                 static_cast<char>(std::stoi(bytes.substr(i, 2), nullptr, 16));
+    const std::string found(reinterpret_cast<const char*>(&record), sizeof(record));
     const auto wrong = std::mismatch(found.begin(), found.end(), expected.begin()).first;
     EXPECT_TRUE(wrong == found.end()) << "CBB/Config/: byte " << wrong - found.begin()
                                       << ", section at " << offset << ": " << xml;

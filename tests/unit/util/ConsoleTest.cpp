@@ -5,8 +5,9 @@
 
 // What waits in a pipe.
 static std::string Drain(int fd) {
-    std::string text(1 << 20, '\0'); // one of them ends what is read
-    return read(fd, text.data(), text.size()) > 0 ? text.c_str() : "";
+    std::string text(1 << 20, '\0');
+    const ssize_t size = read(fd, text.data(), text.size());
+    return text.substr(0, size > 0 ? static_cast<size_t>(size) : 0);
 }
 
 // Both outputs go to one pipe. Returns 0, or the step that failed.

@@ -12,7 +12,9 @@ TEST_F(NetIf, IsReadAndChanged) {
     EXPECT_EQ(Found(GetIfNetmask, nullptr), "-2 0.0.0.7");
     for (const char* none : {"eth7", static_cast<const char*>(nullptr)})
         EXPECT_EQ(GetIfHwAddr(none, info.ucMac), -1);
-    EXPECT_EQ(SetIfAddr("eth7", 1) + SetMacAddress(nullptr, mac) + SetIfNetmask(nullptr, 1), -4);
+    EXPECT_EQ(
+        std::tuple(SetIfAddr("eth7", 1), SetMacAddress(nullptr, mac), SetIfNetmask(nullptr, 1)),
+        std::tuple(-1, -1, -2));
     EXPECT_EQ(Told([&] { return SetMacAddress("eth7", mac); }),
               "-1 SetMacAddress ioctl SIOCGIFFLAGS failed(No such device)");
     EXPECT_EQ(Told([&] { return SetMacAddress("eth0", multicast); }),
