@@ -44,7 +44,7 @@ TEST_F(Server, SendsBehindAFullSocket) {
 }
 
 TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {
-    Start();
+    Daemon& daemon = Start();
     Recorder recorder;
     constexpr int kClients = 4, kPipelined = 3;
     HttpClient asking[kClients];
@@ -52,6 +52,7 @@ TEST_F(Server, HoldsAFileUpForOneExchangeOnly) {
         for (int i = 0; i < kPipelined; ++i)
             each.Send(Request("/get_VersionInfo"));
     recorder.Receive();
+    daemon.WaitFor("stVersion"); // what is printed is there before a long wait
     HttpClient newcomers[10], client;
     client.Send(Request("/page.html"));
     EXPECT_FALSE(recorder.HasMore(50)); // long enough for others to come before the next exchange

@@ -310,8 +310,6 @@ RequestFrame LookAtRequest(std::string_view received, mg_http_message& message) 
     frame.verdict = Verdict::Go;
     frame.chunked = framing.chunked;
     frame.closes = framing.closes;
-    message.head = ToStr(request.substr(0, headBytes));
     message.body = ToStr(rest.substr(0, bodyBytes));
-    message.message = ToStr(received.substr(begin, frame.bytes - begin));
     return frame;
 }

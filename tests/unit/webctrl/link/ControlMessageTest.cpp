@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Link/ControlMessage.h"
 
+#include <tinyxml.h>
+
 #include "CBB/WebCtrl/WebCtrl.h"
 #include "tests/unit/Unit.h"
 
@@ -27,6 +29,17 @@ TEST(ControlMessage, ClassifiesRequestsAndPassesOverReplies) {
         EXPECT_EQ(Capture(classify).out, "----------------------CWebCtrl::GetParaCmdType, data:" +
                                              text + ".\nCWebCtrl::GetParaCmdType, " + line + "\n");
         EXPECT_EQ(std::pair(found, result), std::pair(type, type == 9 ? -1 : 0)) << text;
+    }
+}
+
+TEST(ControlMessage, FindsTheFirstSection) {
+    for (const auto& [text, name] : {std::pair{"<VariCfgSec Action=''>text<a/><b/>", "0a"},
+                                     {"<VariCfgSec Action=''>", "-1"},
+                                     {"<VariCfgSec><a/>", "-1"}}) {
+        TiXmlDocument document;
+        TiXmlElement* section = nullptr;
+        const int result = CWebCtrl().GetParaSection(document, text, &section);
+        EXPECT_EQ(std::to_string(result) + (section != nullptr ? section->Value() : ""), name);
     }
 }
 
