@@ -32,7 +32,7 @@ CDescriptor Open(int socketType) {
 
 int Ask(int sock, unsigned long code, ifreq* request) {
     const AutoLock lock(&g_stNetToolLock);
-    return ioctl(sock, code, request) == 0 ? 0 : -1;
+    return sock >= 0 && ioctl(sock, code, request) == 0 ? 0 : -1;
 }
 
 int GetAddress(int sock, const char* name, unsigned long code, uint32_t* addr) {

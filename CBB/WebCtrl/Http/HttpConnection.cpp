@@ -79,6 +79,7 @@ bool HttpConnection::NextRequest(mg_http_message& message) {
     case RequestFrame::Verdict::Go:
         break;
     case RequestFrame::Verdict::Refuse:
+        m_drops = true; // from now on, however long answers before it lie unsent
         Refuse(frame.status, frame.reason);
         return false;
     case RequestFrame::Verdict::Wait:
