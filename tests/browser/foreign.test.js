@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-2.0-only
 // Pages of another site, on this machine as well so that the browser itself hinders nothing: whatever
-// they make it send, no setting is written. A program that is no browser writes as ever.
+// they make it send, no setting is written. Programs that are no browsers write as ever.
 
 import assert from "node:assert/strict";
 import { execFileSync } from "node:child_process";
@@ -25,6 +25,13 @@ const PAGES = [
   `<script>navigator.sendBeacon("${TARGET}", "ucFD_WorkMode=0")</script>`,
 ];
 
+const TOOLS = [
+  "curl -s",
+  "wget -qO-",
+  "busybox wget -qO-",
+  'python3 -c "import sys, urllib.request as u; print(u.urlopen(sys.argv[1]).read())"',
+];
+
 /** Counts how often a child prints a text from now on. */
 function counter({ stdout }, text) {
   let all = "";
@@ -32,7 +39,7 @@ function counter({ stdout }, text) {
   return () => all.split(text).length - 1;
 }
 
-inBrowser("no other site's page writes, and a tool does", { options: ["--verbose"] }, async () => {
+inBrowser("no other site's page writes, and tools do", { options: ["--verbose"] }, async () => {
   const refused = counter(daemon, "DoHttpRequest, refused");
   const written = counter(recorder.child, 'DEVICE_SET"><stWifi');
   let [html, policy] = [];
@@ -48,8 +55,11 @@ inBrowser("no other site's page writes, and a tool does", { options: ["--verbose
       }
     }
     assert.equal(written(), 0);
-    assert.match(execFileSync("curl", ["-s", TARGET]).toString(), /"result": 1 /); // no browser
-    while (written() === 0) await pause(20);
+    for (const [sent, tool] of TOOLS.entries()) {
+      assert.match(execFileSync("sh", ["-c", `${tool} ${TARGET}`]).toString(), /"result": 1 /, tool);
+      while (written() <= sent) await pause(20);
+    }
+    assert.equal(written(), TOOLS.length);
     await page.goto("http://recorder.example.com:8080/"); // by such a name the page itself is another site's
     await says("#banner", /use its IP address/);
   } finally {

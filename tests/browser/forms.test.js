@@ -261,7 +261,8 @@ inBrowser("what could not be read is wanted, never zero; the clock runs on, or i
 });
 
 // None is longer than the narrowest field.
-const HOSTILE = ["<img src=x onerror=h=1>", "\"'&<>\\`${1}%00&amp;</p>", "🚌\u202Ex\u200F", " ".repeat(9)];
+const MARKUP = ["<img src=x onerror=h=1>", "\"'&<>\\`${1}%00&amp;</p>", "</script><script>h=1//"];
+const HOSTILE = [...MARKUP, "🚌 \u202Eevil\u202C \u200Fx", " ".repeat(23)];
 const STATUS = ["GpsPos", "IMEI", "IMSI", "ICCID", "Disk1Size", "Disk2Size", "IO", "McuVer"];
 const evil = [
   ["", "stVersion.strAppVer"],

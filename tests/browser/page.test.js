@@ -150,6 +150,7 @@ inBrowser("both languages are whole; one's own choice stays", { language: "", at
   await page.select("#LangInfo-strLanguage", "EN");
   await click(submit("LangInfo"));
   await page.waitForSelector("html[lang=en]");
+  assert.equal(recorder.state["stDisplay.strLanguage"], "US");
   await whole((text) => !/\p{Script=Han}/u.test(text) || text === "中文");
   await click("#language");
   await page.waitForSelector("html[lang=zh-CN]");

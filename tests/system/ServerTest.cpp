@@ -110,6 +110,7 @@ TEST_F(Server, AnswersEverybodyAndNobodyWhoIsGone) {
 TEST_F(Server, DoesNotRestWhileRequestsLieThere) {
     Start();
     HttpClient client;
+    // Sends `requests` so many times, each behind an answer, and reads 160 answers.
     const auto took = [&](int times, const std::string& requests) {
         const auto begin = std::chrono::steady_clock::now();
         for (int i = 0; i < 160; ++i) {

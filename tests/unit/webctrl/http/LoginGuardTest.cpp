@@ -11,6 +11,7 @@ TEST(LoginGuard, PrintsTenRefusedLoginsAMinute) {
     chmod(path.c_str(), 0600);
     ASSERT_EQ(StartLogin(path), "");
     unlink(path.c_str());
+    // "apass", without a colon: refused without a hash.
     const std::string request = "GET / HTTP/1.1\r\nAuthorization: Basic YXBhc3M=\r\n\r\n";
     mg_http_message message;
     mg_http_parse(request.data(), request.size(), &message);
