@@ -23,7 +23,7 @@ TEST_F(NetIf, IsReadAndChanged) {
     const std::tuple<int (*)(), const char*, const char*> prevented[] = {
         {[] { return setrlimit(RLIMIT_NOFILE, &none); }, "socket failed(Too many open files)",
          ", set route open socket failed=-2"},
-        {[] { return setuid(65534); }, "ioctl SIOCSIFFLAGS failed(Operation not permitted)",
+        {DropRights, "ioctl SIOCSIFFLAGS failed(Operation not permitted)",
          " ioctl failed, SIOC[ADD|DEL]RT, iRequest=35083, err:Operation not permitted. \n=-1"},
     };
     for (const auto& [prevent, address, route] : prevented) {
