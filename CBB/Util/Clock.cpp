@@ -3,21 +3,22 @@
 
 #include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <sys/select.h>
 
 namespace {
 
-constexpr int64_t kUsPerSecond = 1000000;
+using std::chrono::steady_clock;
 
-// Monotonic microseconds; 0 as long as nothing set it. One atomic value, since the first use may
+constexpr int kUsPerSecond = 1000000;
+
+// In steady_clock's unit; 0 as long as nothing set it. One atomic value, since the first use may
 // come from any thread.
 std::atomic<int64_t> g_reference{0};
 
-int64_t MonotonicUs() {
-    timespec now;
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return now.tv_sec * kUsPerSecond + now.tv_nsec / 1000;
+int64_t MonotonicNow() {
+    return steady_clock::now().time_since_epoch().count();
 }
 
 timeval WallClock() {
@@ -31,15 +32,17 @@ timeval WallClock() {
 Stopwatch g_stStopwatch;
 
 void ClockStart() {
-    g_reference = MonotonicUs();
+    g_reference = MonotonicNow();
 }
 
 uint32_t ClockMs() {
-    const int64_t now = MonotonicUs();
+    const int64_t now = MonotonicNow();
     int64_t reference = 0;
     if (g_reference.compare_exchange_strong(reference, now))
         reference = now;
-    return static_cast<uint32_t>((now - reference) / 1000);
+    const steady_clock::duration passed(now - reference);
+    return static_cast<uint32_t>(
+        std::chrono::duration_cast<std::chrono::milliseconds>(passed).count());
 }
 
 uint64_t WallClockMs() {
@@ -96,7 +99,7 @@ void StopwatchPrint() {
         return;
     }
     if (us < 0) {
-        us += static_cast<int>(kUsPerSecond);
+        us += kUsPerSecond;
         --seconds;
     }
     printf("DEBUG::run time duration : %ds+%dms\n", seconds, us / 1000);

@@ -4,15 +4,13 @@
 #include "CBB/Util/Semaphore.h"
 #include "tests/unit/Unit.h"
 
-static std::atomic<int64_t> g_step; // seconds that the wall clock is set by, whenever it is read
+std::atomic<int64_t> g_wallClockUs{1700000000000000};
+static std::atomic<int64_t> g_wallStepUs{250999}; // by which it moves on whenever it is read
 
-// Stands in for the C library's: an operator sets the clock.
+// Stands in for the C library's: a test has the time of day in hand.
 extern "C" int gettimeofday(timeval* now, void*) noexcept {
-    static std::atomic<int64_t> set{0};
-    timespec real;
-    clock_gettime(CLOCK_REALTIME, &real);
-    now->tv_sec = static_cast<time_t>(real.tv_sec + (set += g_step));
-    now->tv_usec = static_cast<suseconds_t>(real.tv_nsec / 1000);
+    const int64_t us = g_wallClockUs += g_wallStepUs;
+    *now = {us / 1000000, us % 1000000};
     return 0;
 }
 
@@ -41,8 +39,8 @@ TEST(Clock, CountsFromItsReferenceAndNoSignalShortensASleep) {
 TEST(Clock, IsNotMovedBySettingTheTimeOfDay) {
     SemHandle semaphore = nullptr;
     ASSERT_EQ(0, SemCreate(0, &semaphore));
-    for (const int step : {-3600, 3600}) {
-        g_step = step;
+    for (const int64_t step : {-3600000000, 3600000000}) {
+        g_wallStepUs = step;
         ClockStart();
         const int64_t start = SteadyMs();
         SleepMs(30);
@@ -55,11 +53,12 @@ TEST(Clock, IsNotMovedBySettingTheTimeOfDay) {
 }
 
 TEST(Clock, AStopwatchPrintsWhatHasPassed) {
-    g_step = 3600;
+    g_wallClockUs = 1500000; // the second ends meanwhile
     StopwatchStart();
     StopwatchStop();
-    std::tie(g_stStopwatch.start.tv_usec, g_stStopwatch.end.tv_usec) = std::pair(3000, 1999);
-    EXPECT_EQ(Capture(StopwatchPrint).out, "DEBUG::run time duration : 3599s+998ms\n");
+    EXPECT_EQ(g_wallClockUs.exchange(3000000), 2001998);
+    EXPECT_EQ(WallClockMs(), 3250U);
+    EXPECT_EQ(Capture(StopwatchPrint).out, "DEBUG::run time duration : 0s+250ms\n");
     std::swap(g_stStopwatch.start, g_stStopwatch.end);
     EXPECT_EQ(Capture(StopwatchPrint).out, "DEBUG::time error.\n");
 }
