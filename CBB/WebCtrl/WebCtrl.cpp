@@ -106,8 +106,8 @@ void CWebCtrl::DetectSvc() {
     const unsigned long self = pthread_self();
     Logger::getInstance()->log("<@%s, L%d>CWebCtrl::DetectSvc, tid=%lu\n", __func__, kDetectSvcLine,
                                self);
-    DebugPrint(4, "\033[35m\033[1m[LOG  ]<@%s, L%d>:CWebCtrl::DetectSvc, tid=%lu\n\033[0m",
-               __func__, kDetectSvcLine, self);
+    DebugPrint(kDebugTrace, DEBUG_TRACE_FORMAT("CWebCtrl::DetectSvc, tid=%lu\n"), __func__,
+               kDetectSvcLine, self);
     RunWebServer(*this);
     m_bStarted = 0;
 }

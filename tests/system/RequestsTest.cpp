@@ -119,10 +119,8 @@ protected:
                 options = rest;
             else if (verb == "file")
                 WriteTableFile(rest);
-            else if (arrow == std::string::npos)
-                rows.push_back({number, {text}, {}});
-            else
-                rows.push_back({number, {text.substr(0, arrow), text.substr(arrow + 4)}, {}});
+            else if (rows.push_back({number, {text.substr(0, arrow)}, {}}); arrow < text.size())
+                rows.back().steps.push_back(text.substr(arrow + 4));
         }
         RunRows(options, rows);
     }

@@ -37,7 +37,7 @@ sockaddr_in Ipv4Address(in_addr_t address, uint16_t port) {
 
 // poll(2) takes any descriptor number, unlike select(2); on a closed socket it would wait the full
 // time.
-int WaitReadable(int sock, short* events) {
+int WaitReadable(int sock) {
     if (sock == -1)
         return -1;
     pollfd waited{sock, POLLIN, 0};
@@ -46,7 +46,6 @@ int WaitReadable(int sock, short* events) {
         ConsoleFlush();
         ready = poll(&waited, 1, kReplyWaitMs - kPromptReplyMs);
     }
-    *events = waited.revents;
     return ready;
 }
 
@@ -138,16 +137,13 @@ int CUdpCtrlSocket::SendDataToHost(const char* data, int len) {
 }
 
 int CUdpCtrlSocket::RecvDataFromHost(char* out, int* outLen) {
-    short events = 0;
-    const int ready = WaitReadable(m_iSock, &events);
+    const int ready = WaitReadable(m_iSock);
     if (ready < 0) {
         PrintLine("CUdpCtrlSocket::RecvDataFromHost , get net ctrl select failed!\n");
         return -1;
     }
     if (ready == 0)
         return -2;
-    if ((events & POLLIN) == 0)
-        return -1;
 
     char buffer[kReplyBytes + 1];
     sockaddr_in source{};

@@ -26,7 +26,7 @@ TEST_F(UdpCtrlSocket, TakesTheFirstDatagramThatComesAfterTheSend) {
               "port[6000 VS 6000], msg[answer], len[6].\n");
     EXPECT_EQ(out + std::to_string(outLen), "answer6");
     const std::string large(256, 'x');
-    EXPECT_EQ(Capture([&] { EXPECT_EQ(sock.SendDataToHost(large.c_str(), 256), 0); }).out, "");
+    EXPECT_EQ(Told([&] { return sock.SendDataToHost(large.c_str(), 256); }), "0 ");
     recorder.Reply("");
     EXPECT_EQ(sock.RecvDataFromHost(out, &outLen), -1);
     Recorder(6001).Reply("another's");
@@ -34,30 +34,40 @@ TEST_F(UdpCtrlSocket, TakesTheFirstDatagramThatComesAfterTheSend) {
 }
 
 TEST_F(UdpCtrlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
-    const auto open = [](CUdpCtrlSocket& sock, int result) {
-        return Capture([&] { EXPECT_EQ(sock.OpenCtrlSocket(), result); }).out;
+    const auto open = [](CUdpCtrlSocket& sock) {
+        return Told([&] { return sock.OpenCtrlSocket(); });
     };
     const auto send = [](CUdpCtrlSocket& sock) {
-        return Capture([&] { EXPECT_EQ(sock.SendDataToHost("text", 4), -1); }).out;
+        return Told([&] { return sock.SendDataToHost("text", 4); });
     };
     CUdpCtrlSocket sock("255.255.255.255", 6000, 1, "lo");
     sock.CloseCtrlSocket();
-    EXPECT_EQ(open(sock, 0), "");
-    EXPECT_EQ(open(sock, 0).find("CUdpCtrlSocket::OpenCtrlSocket already created socket:"), 0u);
+    EXPECT_EQ(open(sock), "0 ");
+    EXPECT_EQ(open(sock).find("0 CUdpCtrlSocket::OpenCtrlSocket already created socket:"), 0u);
+    // Another one takes the same port.
+    EXPECT_EQ(CUdpCtrlSocket("127.0.0.1", 6000, 1, "lo").SendDataToHost("text", 4), 0);
     Shell("ip link del eth0");
-    EXPECT_EQ(send(sock), "CUdpCtrlSocket::SendDataToHost, get IfBrdAddr failed.\n");
+    EXPECT_EQ(send(sock), "-1 CUdpCtrlSocket::SendDataToHost, get IfBrdAddr failed.\n");
     sock.CloseCtrlSocket();
 
+    const Captured none = CaptureInChild([] {
+        const rlimit one{1, 1};
+        return setrlimit(RLIMIT_NOFILE, &one) + CUdpCtrlSocket("", 0, 1, "lo").OpenCtrlSocket() + 1;
+    });
+    const std::string failed = "CUdpCtrlSocket::OpenCtrlSocket, Create Ctrl Socket Failed.Error:";
+    EXPECT_EQ(none.out, Repeat(2, failed + "Too many open files\n"));
+    EXPECT_EQ(none.status, 0);
     const Taken taken(SOCK_DGRAM, 4999);
     CUdpCtrlSocket unbound("127.0.0.1", 6000, 1, "eth0");
-    EXPECT_NE(open(unbound, -1).find("Bind Failed"), std::string::npos); // not "already created"
+    EXPECT_EQ(open(unbound).find("-1 CUdpCtrlSocketSvr::"), 0u); // not "already created"
 
     CUdpCtrlSocket closed("127.0.0.1", 6000, 1, "eth0");
     closed.CloseCtrlSocket();
-    EXPECT_EQ(send(closed), "CUdpCtrlSocket::SendData2Wifi, send data to [0x100007f:6000][len:4], "
-                            "msg:text, failed, err:Bad file descriptor.\n");
+    EXPECT_EQ(send(closed),
+              "-1 CUdpCtrlSocket::SendData2Wifi, send data to [0x100007f:6000][len:4], "
+              "msg:text, failed, err:Bad file descriptor.\n");
     char out[1025];
     int outLen = 0;
-    EXPECT_EQ(Capture([&] { EXPECT_EQ(closed.RecvDataFromHost(out, &outLen), -1); }).out,
-              "CUdpCtrlSocket::RecvDataFromHost , get net ctrl select failed!\n");
+    EXPECT_EQ(Told([&] { return closed.RecvDataFromHost(out, &outLen); }),
+              "-1 CUdpCtrlSocket::RecvDataFromHost , get net ctrl select failed!\n");
 }
