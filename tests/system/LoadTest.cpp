@@ -5,7 +5,6 @@
 // WEBCTRL_LOAD_REQUESTS says how many requests; the full test has 100000.
 
 #include <climits>
-#include <fstream>
 #include <iterator>
 #include <mutex>
 #include <set>
@@ -122,10 +121,9 @@ protected:
 
 // After the second of rest in which the daemon gives back what it does not need.
 int PrivateDirtyKiB(pid_t pid) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(2500));
-    std::ifstream file("/proc/" + std::to_string(pid) + "/smaps_rollup");
-    const std::string text{std::istreambuf_iterator<char>(file), {}}, mark = "Private_Dirty:";
-    return std::stoi(text.substr(text.find(mark) + mark.size()));
+    const std::string file = " /proc/" + std::to_string(pid) + "/smaps_rollup";
+    const auto print = [&] { Shell("sleep 2.5; awk '/^Private_Dirty:/ { print $2 }'" + file); };
+    return std::stoi(Capture(print).out);
 }
 
 TEST_F(Load, AnswersRightAndGivesAllBack) {

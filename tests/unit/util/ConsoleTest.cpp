@@ -16,8 +16,8 @@ static int PrintUnread(bool own) {
     alarm(100); // instead of waiting for ever
     if (pipe(ends) != 0 || dup2(ends[1], 1) < 0 || dup2(ends[1], 2) < 0 || close(ends[1]) != 0)
         return 1;
-    if (own)
-        OpenConsole();
+    if (own && (OpenConsole(), dup(STDIN_FILENO)) != ends[1]) // else another one is left open
+        return 4;
     const std::string line = std::string(999, 'x') + "\n", lost = " lines could not be printed\n";
     for (int i = 0; i < 100; ++i)
         ConsoleWrite(line);

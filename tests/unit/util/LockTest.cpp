@@ -32,4 +32,5 @@ TEST(Lock, GuardsHoldAndReleaseOnce) {
     }
     EXPECT_EQ(0, pthread_rwlock_trywrlock(lock));
     EXPECT_EQ(0, pthread_rwlock_unlock(lock) + RwLockDestroy(lock));
+    EXPECT_EQ(2, RwLockDestroy(nullptr));
 }

@@ -17,7 +17,9 @@ TEST(NetText, RouteLines) {
     EXPECT_EQ(names("Iface\tDestination\n" + good + "eth1\n" + good, kRouteLookup), "eth0 eth0 ");
     EXPECT_EQ(names(eight, kRouteDeletion), "eth0 ");
     EXPECT_EQ(names(eight, kRouteLookup), "");
-    EXPECT_EQ(names(std::string(225, ' ') + good, kRouteDeletion), ""); // cut in two
+    for (const auto& [taken, form] :
+         {std::pair{255, kRouteDeletion}, {4095, kRouteLookup}, {4095, kRouteList}})
+        EXPECT_EQ(names(Repeat(taken, "n") + good, form), "eth0 "); // begins a new line
     EXPECT_EQ(names(std::string(80, 'n') + eight, kRouteList), std::string(63, 'n') + " ");
     EXPECT_EQ(names({"\0\n\n \neth0 FFFFFFFFFFFFFFFFFF 0 1 0 0 0 0\n", 38}, kRouteList), "");
 }

@@ -5,7 +5,8 @@
 
 TEST(Printable, ShowsNoControlCharactersAndNoSecrets) {
     using namespace std::literals;
-    EXPECT_EQ(Printable("a\nb\r\t\x1b[31m\0\x7f\\"sv), "a\\x0ab\\x0d\\x09\\x1b[31m\\x00\\x7f\\");
+    EXPECT_EQ(Printable("KEY=a\nb\r\t\x1b[31m\0\x7f\\"sv),
+              "KEY=a\\x0ab\\x0d\\x09\\x1b[31m\\x00\\x7f\\");
     EXPECT_EQ(Printable("\xe4\xbd\xa0 \xc3\x9f \xc2\xa0 \x80 \xc2\x9f"),
               "\xe4\xbd\xa0 \xc3\x9f \xc2\xa0 \\x80 \\xc2\\x9f");
     const std::pair<const char*, const char*> masked[] = {

@@ -43,12 +43,22 @@ TEST(SystemControl, ASpawnedProgramInheritsNeitherDescriptorsNorVariables) {
     const auto spawn = [&script] {
         printf("once\n"); // waits in the buffer when the child gets a copy of that
         int status = SpawnProgram(script.c_str());
-        EXPECT_TRUE(status == 0 && wait(&status) > 0 && status == 0) << status;
+        return status == 0 && wait(&status) > 0 && status == 0 ? 9 : 1;
     };
-    EXPECT_EQ(child + "200\nPATH=/sbin/:/bin/:/lib/:/usr/sbin:/usr/bin:/mnt/app\n" + parent,
-              Capture(spawn).out);
-    unlink(script.c_str());
-    EXPECT_EQ(child + parent, Capture(spawn).out);
+    for (const char* printed : {"200\nPATH=/sbin/:/bin/:/lib/:/usr/sbin:/usr/bin:/mnt/app\n", ""}) {
+        const Captured spawned = CaptureInChild(spawn); // a program in its place would return 0
+        EXPECT_EQ(std::pair(child + printed + parent, 9 << 8),
+                  std::pair(spawned.out, spawned.status));
+        unlink(script.c_str());
+    }
+    const Captured refused = CaptureInChild([] {
+        const rlimit none{};
+        if (getuid() == 0 && setuid(65534) != 0) // no limit binds root
+            return 1;
+        return setrlimit(RLIMIT_NPROC, &none) + SpawnProgram("/") + 1;
+    });
+    EXPECT_EQ(refused.err, "vfork error:: Resource temporarily unavailable\n");
+    EXPECT_EQ(refused.status, 0);
 }
 
 TEST(SystemControl, AProcessIsFoundByItsName) {
