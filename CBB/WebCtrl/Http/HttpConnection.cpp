@@ -79,7 +79,6 @@ bool HttpConnection::NextRequest(mg_http_message& message) {
     case RequestFrame::Verdict::Go:
         break;
     case RequestFrame::Verdict::Refuse:
-        m_drops = true; // from now on, however long answers before it lie unsent
         Refuse(frame.status, frame.reason);
         return false;
     case RequestFrame::Verdict::Wait:
@@ -143,7 +142,7 @@ void HttpConnection::OnEvent(int event, uint64_t nowMs) {
         break;
     case MG_EV_WRITE:
         m_servedAtMs = nowMs;
-        m_deadlineMs = nowMs + (m_drops ? kLingerMs : kIdleMs);
+        m_deadlineMs = nowMs + kIdleMs;
         break;
     case MG_EV_POLL:
         OnTurn(nowMs);
@@ -203,7 +202,7 @@ void HttpConnection::SendAtOnce() {
 // Decides from the state of the connection whether it is read on and whether it ends.
 void HttpConnection::Settle() {
     const bool answered = !m_connection->is_resp && m_connection->send.len == 0;
-    m_drops = m_drops || (m_last && answered && m_connection->recv.len > 0);
+    m_drops = m_drops || (m_last && !m_connection->is_resp && m_connection->recv.len > 0);
     if (m_drops)
         m_connection->recv.len = 0;
     m_connection->is_full = m_inputEnded || (m_connection->is_resp && !m_waits) ||
