@@ -55,8 +55,8 @@ TEST_F(UdpCtrlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
         return setrlimit(RLIMIT_NOFILE, &one) + CUdpCtrlSocket("", 0, 1, "lo").OpenCtrlSocket() + 1;
     });
     const std::string failed = "CUdpCtrlSocket::OpenCtrlSocket, Create Ctrl Socket Failed.Error:";
-    EXPECT_EQ(none.out, Repeat(2, failed + "Too many open files\n"));
-    EXPECT_EQ(none.status, 0);
+    EXPECT_EQ(none.out + std::to_string(none.status),
+              Repeat(2, failed + "Too many open files\n") + "0");
     const Taken taken(SOCK_DGRAM, 4999);
     CUdpCtrlSocket unbound("127.0.0.1", 6000, 1, "eth0");
     EXPECT_EQ(open(unbound).find("-1 CUdpCtrlSocketSvr::"), 0u); // not "already created"
