@@ -7,6 +7,8 @@
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
+#include "tests/support/Taken.h"
+
 namespace {
 
 constexpr int kReadSeconds = 30; // an exchange lasts 5 s at most, and some wait for others

@@ -5,7 +5,6 @@
 
 #include <cstdio>
 #include <memory>
-#include <netinet/in.h>
 #include <string>
 #include <sys/socket.h>
 #include <vector>
@@ -38,7 +37,3 @@ private:
 
 // The bytes of a request: GET without a body, POST with one.
 std::string Request(const std::string& path, const std::string& body = "");
-
-inline sockaddr_in Loopback(int port) {
-    return {AF_INET, htons(static_cast<uint16_t>(port)), {htonl(INADDR_LOOPBACK)}, {}};
-}

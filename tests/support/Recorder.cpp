@@ -2,12 +2,7 @@
 #include "tests/support/Recorder.h"
 
 #include <arpa/inet.h>
-#include <gtest/gtest.h>
 #include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
-#include "tests/support/HttpClient.h"
 
 namespace {
 
@@ -18,14 +13,8 @@ constexpr int kWaitMs = 5000;
 
 } // namespace
 
-Recorder::Recorder(int port) : m_sock(socket(AF_INET, SOCK_DGRAM, 0)), m_peer(Loopback(port)) {
-    EXPECT_EQ(bind(m_sock, reinterpret_cast<sockaddr*>(&m_peer), sizeof(m_peer)), 0);
-    m_peer.sin_port = htons(kDaemonPort);
+Recorder::Recorder(int port) : m_sock(SOCK_DGRAM, port), m_peer(Loopback(kDaemonPort)) {
     m_peer.sin_addr.s_addr = inet_addr(kDaemonIp);
-}
-
-Recorder::~Recorder() {
-    close(m_sock);
 }
 
 std::string Recorder::Receive() {
@@ -35,20 +24,20 @@ std::string Recorder::Receive() {
     }
     char buffer[4096];
     socklen_t length = sizeof(m_peer);
-    const ssize_t received =
-        recvfrom(m_sock, buffer, sizeof(buffer), 0, reinterpret_cast<sockaddr*>(&m_peer), &length);
+    const ssize_t received = recvfrom(m_sock.Get(), buffer, sizeof(buffer), 0,
+                                      reinterpret_cast<sockaddr*>(&m_peer), &length);
     EXPECT_STREQ(inet_ntoa(m_peer.sin_addr), kDaemonIp);
     EXPECT_EQ(ntohs(m_peer.sin_port), kDaemonPort);
     return std::string(buffer, received > 0 ? static_cast<size_t>(received) : 0);
 }
 
 bool Recorder::HasMore(int timeoutMs) {
-    pollfd waited{m_sock, POLLIN, 0};
+    pollfd waited{m_sock.Get(), POLLIN, 0};
     return poll(&waited, 1, timeoutMs) == 1;
 }
 
 void Recorder::Reply(const std::string& text) {
-    EXPECT_EQ(sendto(m_sock, text.data(), text.size(), 0,
+    EXPECT_EQ(sendto(m_sock.Get(), text.data(), text.size(), 0,
                      reinterpret_cast<const sockaddr*>(&m_peer), sizeof(m_peer)),
               static_cast<ssize_t>(text.size()));
 }

@@ -3,16 +3,14 @@
 
 // The recorder's main application as a script: the test receives each datagram and answers it.
 
-#include <netinet/in.h>
 #include <string>
+
+#include "tests/support/Taken.h"
 
 class Recorder {
 public:
     // Binds 127.0.0.1 at `port`.
     explicit Recorder(int port = 6000);
-    ~Recorder();
-    Recorder(const Recorder&) = delete;
-    Recorder& operator=(const Recorder&) = delete;
 
     // The next datagram; fails the test when none comes within 5 s.
     std::string Receive();
@@ -22,7 +20,7 @@ public:
     void Reply(const std::string& text);
 
 private:
-    int m_sock = -1;
+    Taken m_sock;
     sockaddr_in m_peer;
 };
 

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/WebCtrl.h"
 
-#include "tests/unit/webctrl/Taken.h"
+#include "tests/support/Taken.h"
+#include "tests/unit/Unit.h"
 
 using WebCtrl = InSandbox;
 

@@ -1,8 +1,21 @@
 // SPDX-License-Identifier: GPL-2.0-only
 #include "CBB/WebCtrl/Link/UdpCtrlSocket.h"
 
+#include <poll.h>
+#include <utility>
+
 #include "tests/support/Recorder.h"
-#include "tests/unit/webctrl/Taken.h"
+#include "tests/unit/Unit.h"
+
+static int g_waitedMs = -1;
+
+// Stands in for the C library's: what a datagram is waited for is summed, once that is begun.
+extern "C" int poll(pollfd* fds, nfds_t count, int ms) {
+    if (g_waitedMs >= 0 && ms > 0)
+        return g_waitedMs += ms, 0;
+    const timespec limit{ms / 1000, ms % 1000 * 1000000L};
+    return ppoll(fds, count, &limit, nullptr);
+}
 
 using UdpCtrlSocket = InSandbox;
 
@@ -31,6 +44,9 @@ TEST_F(UdpCtrlSocket, TakesTheFirstDatagramThatComesAfterTheSend) {
     EXPECT_EQ(sock.RecvDataFromHost(out, &outLen), -1);
     Recorder(6001).Reply("another's");
     EXPECT_EQ(sock.RecvDataFromHost(out, &outLen), -1);
+    g_waitedMs = 0;
+    EXPECT_EQ(sock.RecvDataFromHost(out, &outLen), -2);
+    EXPECT_EQ(std::exchange(g_waitedMs, -1), 5000);
 }
 
 TEST_F(UdpCtrlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
