@@ -20,9 +20,6 @@ static void* MeasureAndWait(void* measured) {
 TEST(Thread, HasItsStackAndStopsWhereItWaits) {
     Event measured;
     ThreadHandle* thread = nullptr;
-    const auto exit = [](void* value) -> void* { ThreadExit(value); };
-    ASSERT_EQ(0, ThreadCreate(exit, nullptr, &thread, 0));
-    EXPECT_EQ(0, ThreadStopAndFree(thread));
     EXPECT_EQ(1, ThreadCreate(MeasureAndWait, &measured, &thread, 1));
     for (const size_t asked : {0, 0x200000}) {
         const auto create = asked != 0 ? ThreadCreateSystemScope : ThreadCreate;

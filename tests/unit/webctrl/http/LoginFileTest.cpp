@@ -8,6 +8,7 @@ TEST(LoginFile, IsTakenWholeOrNotAtAll) {
     const std::string more = "line 1: 'read' is all that may stand behind the hash";
     std::vector<std::pair<std::string, std::string>> cases = {
         {"a:" BCRYPT "\n\nb c:" SHA512 ":read\n\xc3\xa4:" YESCRYPT "\n", ""},
+        {"a:$2a$" BCRYPT_REST "\nb:$2y$" BCRYPT_REST, ""},
         {"a:" BCRYPT "\n:" BCRYPT "\n", "line 2: no name"},
         {"a\tb:" BCRYPT, "line 1: no name"},
         {"a:" BCRYPT "\na:" SHA512, "line 2: a name that stands in a line before"},
