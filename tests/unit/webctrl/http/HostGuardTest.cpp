@@ -17,7 +17,7 @@ TEST(HostGuard, KeepsOtherNamesOut) {
         EXPECT_TRUE(IsTrusted({host, "", "", "", false})) << host;
     for (const char* host : {"evil.example:80", "192.168.1.10.evil.example",
                              "evil.example.local.example", "xfritz.box", "fleet.example", ".lan",
-                             "x.recorder.fleet.example", "[192.168.1.10].evil", "[evil]"})
+                             "x.recorder.fleet.example", "[192.168.1.10].evil", "[evil]", "x::1]"})
         EXPECT_FALSE(IsTrusted({host, "", "", "", false})) << host;
 }
 
