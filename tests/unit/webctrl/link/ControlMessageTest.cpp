@@ -60,7 +60,7 @@ TEST(ControlMessage, GivesTheParserNoTextThatNestsDeeply) {
     const std::string most = Repeat(16, "<a>") + Repeat(16, "</a>"), deep = "<a>" + most + "</a>";
     for (const std::string& text :
          {most, Repeat(128, "<a/>"), Repeat(40, "<a x='/>'></a>"), Repeat(40, "<a x=\"<b><c>\"/>"),
-          Repeat(40, "<!-- x -->"), Repeat(40, "<?y?></stray>"),
+          Repeat(40, "<!-- x -->"), Repeat(40, "<?y?></stray>"), Repeat(17, "<a/>") + "<a x='",
           Repeat(300, "<!-- <a> -->") + Repeat(40, "<![CDATA[<a><a>]]>"),
           "<?xml version=\"1.0\" encoding='x'?>" + most + most})
         EXPECT_TRUE(IsShallowXml(text.c_str())) << text;
