@@ -202,6 +202,7 @@ void HttpConnection::SendAtOnce() {
 // Decides from the state of the connection whether it is read on and whether it ends.
 void HttpConnection::Settle() {
     const bool answered = !m_connection->is_resp && m_connection->send.len == 0;
+    // Nothing behind the last request is kept, however long its answer lies unsent.
     m_drops = m_drops || (m_last && !m_connection->is_resp && m_connection->recv.len > 0);
     if (m_drops)
         m_connection->recv.len = 0;

@@ -54,11 +54,12 @@ TEST(Clock, IsNotMovedBySettingTheTimeOfDay) {
 
 TEST(Clock, AStopwatchPrintsWhatHasPassed) {
     g_wallClockUs = 1500000; // the second ends meanwhile
+    g_wallStepUs = 3599250999;
     StopwatchStart();
     StopwatchStop();
-    EXPECT_EQ(g_wallClockUs.exchange(3000000), 2001998);
-    EXPECT_EQ(WallClockMs(), 3250U);
-    EXPECT_EQ(Capture(StopwatchPrint).out, "DEBUG::run time duration : 0s+250ms\n");
+    EXPECT_EQ(g_wallClockUs.exchange(3000000), 7200001998);
+    EXPECT_EQ(WallClockMs(), 3602250U);
+    EXPECT_EQ(Capture(StopwatchPrint).out, "DEBUG::run time duration : 3599s+250ms\n");
     std::swap(g_stStopwatch.start, g_stStopwatch.end);
     EXPECT_EQ(Capture(StopwatchPrint).out, "DEBUG::time error.\n");
 }

@@ -17,6 +17,7 @@ TEST(NetText, RouteLines) {
     EXPECT_EQ(names("Iface\tDestination\n" + good + "eth1\n" + good, kRouteLookup), "eth0 eth0 ");
     EXPECT_EQ(names(eight, kRouteDeletion), "eth0 ");
     EXPECT_EQ(names(eight, kRouteLookup), "");
+    EXPECT_EQ(names(std::string(225, ' ') + good, kRouteDeletion), ""); // cut in two
     for (const auto& [taken, form] :
          {std::pair{255, kRouteDeletion}, {4095, kRouteLookup}, {4095, kRouteList}})
         EXPECT_EQ(names(Repeat(taken, "n") + good, form), "eth0 "); // begins a new line

@@ -43,8 +43,8 @@ TEST(RequestGate, ReadsARequestInOneWay) {
         {kPost + "content-length: 01\r\nContent-Length: 1\r\n\r\na", "POST /a? [a]"},
         {"POST / HTTP/1.0\r\nExpect: 100-continue\r\nContent-Length: 2\r\n\r\n", "wait"},
         {kPost + "Expect: 100-Continue\r\nContent-Length: 2\r\n\r\n", "wait, continue"},
-        {kChunked + "1\r\na\r\n0A;b=\"c\"\r\n0123456789\r\n0\r\nT: u\r\n\r\n",
-         "POST /a? [a0123456789]"},
+        {kChunked + "1\r\na\r\n0A;b=\"c\"\r\n0123456789\r\n0\r\nT: u\r\n\r\nX",
+         "POST /a? [a0123456789] more"},
     };
     for (const auto& [text, said] : cases)
         EXPECT_EQ(Say(text), said) << text.substr(0, 200);

@@ -50,12 +50,8 @@ TEST_F(UdpCtrlSocket, TakesTheFirstDatagramThatComesAfterTheSend) {
 }
 
 TEST_F(UdpCtrlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
-    const auto open = [](CUdpCtrlSocket& sock) {
-        return Told([&] { return sock.OpenCtrlSocket(); });
-    };
-    const auto send = [](CUdpCtrlSocket& sock) {
-        return Told([&] { return sock.SendDataToHost("text", 4); });
-    };
+    const auto open = [](auto& s) { return Told([&] { return s.OpenCtrlSocket(); }); };
+    const auto send = [](auto& s) { return Told([&] { return s.SendDataToHost("text", 4); }); };
     CUdpCtrlSocket sock("255.255.255.255", 6000, 1, "lo");
     sock.CloseCtrlSocket();
     EXPECT_EQ(open(sock), "0 ");
@@ -68,13 +64,15 @@ TEST_F(UdpCtrlSocket, FailsAtOnceWhenItCouldNotBeOpened) {
 
     const Captured none = CaptureInChild([] {
         const rlimit one{1, 1};
-        return setrlimit(RLIMIT_NOFILE, &one) + CUdpCtrlSocket("", 0, 1, "lo").OpenCtrlSocket();
+        return setrlimit(RLIMIT_NOFILE, &one) + CUdpCtrlSocket("", 0, 1, "lo").OpenCtrlSocket() + 1;
     });
     const std::string failed = "CUdpCtrlSocket::OpenCtrlSocket, Create Ctrl Socket Failed.Error:";
     EXPECT_EQ(none.out, Repeat(2, failed + "Too many open files\n"));
+    EXPECT_EQ(none.status, 0);
     const Taken taken(SOCK_DGRAM, 4999);
     CUdpCtrlSocket unbound("127.0.0.1", 6000, 1, "eth0");
-    EXPECT_EQ(open(unbound).find("-1 CUdpCtrlSocketSvr::"), 0u); // not "already created"
+    // Not "already created".
+    EXPECT_EQ(open(unbound).find("-1 CUdpCtrlSocketSvr::OpenSvrSocket, Server Bind Failed."), 0u);
 
     CUdpCtrlSocket closed("127.0.0.1", 6000, 1, "eth0");
     closed.CloseCtrlSocket();
